@@ -1,0 +1,32 @@
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "platform/platform.h"
+
+extern "C" {
+
+FILE* adpFileOpen(const char* path, const char* mode) {
+    return path && mode ? std::fopen(path, mode) : nullptr;
+}
+
+char* adpFileGets(char* buffer, int size, FILE* file) {
+    return std::fgets(buffer, size, file);
+}
+
+int adpFileClose(FILE* file) {
+    return file ? std::fclose(file) : 0;
+}
+
+int adpIoctl(int fd, unsigned long request, void* arg) {
+    return ioctl(fd, request, arg);
+}
+
+int adpClose(int fd) {
+    return close(fd);
+}
+
+int umiInit(void) {
+    return 0;
+}
+
+}  // extern "C"

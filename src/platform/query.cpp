@@ -1,0 +1,81 @@
+#include <cstring>
+#include <string>
+#include <time.h>
+
+#include "platform/platform.h"
+
+namespace {
+
+// Queries that name the database file share one connection of their own for
+// the life of the process: a VAP start runs a dozen of them and a slow CPU
+// would otherwise parse the schema a dozen times.
+class FileConnection {
+public:
+    ~FileConnection() { close(); }
+
+    sqlite3* get(const char* dbFile) {
+        if (db_ && file_ == dbFile) return db_;
+        close();
+        if (sqlite3_open_v2(dbFile, &db_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+            close();
+            return nullptr;
+        }
+        file_ = dbFile;
+        sqlite3_busy_handler(db_, sqliteBusyHandler, &record_);
+        return db_;
+    }
+
+private:
+    void close() {
+        if (db_) sqlite3_close(db_);
+        db_ = nullptr;
+        file_.clear();
+    }
+
+    sqlite3* db_ = nullptr;
+    std::string file_;
+    BusyHandlerRecord record_{"wlanSyncTool", 100, 100};
+};
+
+FileConnection fileConnection;
+
+}  // namespace
+
+extern "C" {
+
+int sqliteBusyHandler(void* context, int count) {
+    const BusyHandlerRecord* record = static_cast<const BusyHandlerRecord*>(context);
+    if (!record) return 0;
+    if (record->retries > 0 && count >= record->retries) return 0;
+    if (record->sleepMs > 0) {
+        timespec pause{record->sleepMs / 1000, (record->sleepMs % 1000) * 1000000L};
+        while (nanosleep(&pause, &pause) != 0) {
+        }
+    }
+    return 1;
+}
+
+char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* statement,
+                          int* nCols, int* nRows) {
+    if (!statement || !nCols || !nRows) return nullptr;
+    sqlite3* db = handle;
+    if (!db) {
+        if (!dbFile) return nullptr;
+        db = fileConnection.get(dbFile);
+        if (!db) return nullptr;
+    }
+    char** table = nullptr;
+    char* error = nullptr;
+    int rows = 0, cols = 0;
+    int rc = sqlite3_get_table(db, statement, &table, &rows, &cols, &error);
+    sqlite3_free(error);
+    if (rc != SQLITE_OK) {
+        sqlite3_free_table(table);
+        return nullptr;
+    }
+    *nCols = cols;
+    *nRows = rows;
+    return table;
+}
+
+}  // extern "C"

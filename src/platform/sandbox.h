@@ -1,0 +1,28 @@
+// Fixed paths and the development sandbox.  With WLANSYNC_ROOT unset every
+// path is the device's own; with WLANSYNC_ROOT=R each fixed absolute path is
+// taken below R, wherever it appears (command lines, messages, files).
+#pragma once
+
+#include <string>
+
+namespace wlan {
+
+// The tool's own fixed files.
+inline constexpr char kLockFile[] = "/tmp/wlanSyncTool.lock";
+inline constexpr char kLogFile[] = "/var/log/wlanSyncTool.log";
+
+// The sandbox root, or "" on the device.
+const char* sandboxRoot();
+
+// fixed, or fixed below the sandbox root.
+std::string rootPath(const char* fixed);
+
+// Creates the directories leading to path (mkdir -p of its parent).
+void makeParentDirs(const std::string& path);
+
+// Serialises tool processes: held from the call until the process ends, and
+// never inherited by the programs the tool starts.  Returns false when the
+// lock file cannot be used (the tool then runs unserialised).
+bool holdProcessLock();
+
+}  // namespace wlan
