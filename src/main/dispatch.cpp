@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cstring>
+#include <vector>
 
 #include "platform/platform.h"
 #include "platform/sql.h"
@@ -69,6 +70,16 @@ int dispatchTo(const TblHandlerEntry* table, const char* dbFile, int opType,
         nCols = changed.cols();
         nRows = changed.rows();
         if (nCols == 0 || nRows == 0) return -1;
+    }
+
+    // Handlers read the prior row with the changed row's column count; a
+    // shorter prior row from the command line is padded with null entries so
+    // that nothing past the argument vector is read.
+    std::vector<char*> padded;
+    if (priorCount < 2 * nCols) {
+        padded.assign(static_cast<size_t>(2 * nCols) + 1, nullptr);
+        for (int i = 0; i < priorCount; ++i) padded[static_cast<size_t>(i)] = priorRow[i];
+        priorRow = padded.data();
     }
 
     for (const TblHandlerEntry* row = table; row->tableName; ++row) {

@@ -53,12 +53,14 @@ struct Seen {
     int nCols = -1, nRows = -1;
     char** prior = nullptr;
     std::string firstValue;
+    const char* priorMac = nullptr;
 } seen;
 
 int recordingHandler(const char*, int opType, int64_t rowId, char** table, int nCols, int nRows,
                      char** prior) {
     seen = {seen.calls + 1, opType, rowId, table, nCols, nRows, prior,
-            table ? queryResValueGet(table, nCols, 0, "macAddress") : ""};
+            table ? queryResValueGet(table, nCols, 0, "macAddress") : "",
+            queryResValueGet(prior, nCols, 0, "macAddress")};
     return 42;
 }
 
@@ -83,6 +85,7 @@ TEST(Dispatch, HandsTheRowOrThePriorRowToTheHandler) {
     EXPECT_EQ(seen.rowId, -5);
     EXPECT_EQ(seen.nRows, 1);
     EXPECT_EQ(seen.firstValue, "M");
+    EXPECT_EQ(seen.priorMac, nullptr);  // no prior row given: nothing read past the arguments
     EXPECT_EQ(seen.calls, 3);
     EXPECT_EQ(wlanDbHandle, nullptr);  // closed after the handler
 }

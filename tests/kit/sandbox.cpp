@@ -47,6 +47,26 @@ void Sandbox::sql(const std::string& statements) const {
     sqlite3_close(handle);
 }
 
+std::string Sandbox::value(const std::string& query) const {
+    sqlite3* handle = nullptr;
+    sqlite3_stmt* statement = nullptr;
+    std::string result;
+    sqlite3_open(db().c_str(), &handle);
+    if (sqlite3_prepare_v2(handle, query.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW && sqlite3_column_text(statement, 0))
+        result = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+    sqlite3_finalize(statement);
+    sqlite3_close(handle);
+    return result;
+}
+
+void Sandbox::interfaces(const std::vector<std::pair<std::string, std::string>>& taps) {
+    tapScript_.clear();
+    for (const auto& [name, mac] : taps)
+        tapScript_ += "ip tuntap add dev " + name + " mode tap && ip link set " + name +
+                      " address " + mac + " && ";
+}
+
 void Sandbox::failOn(const std::string& pattern) const {
     std::ofstream(root_ + "/standin.fail", std::ios::app) << pattern << "\n";
 }
@@ -58,13 +78,19 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
         std::string var = *e;
         if (var.rfind("WLANSYNC_ROOT=", 0) != 0 && var.rfind("PATH=", 0) != 0) env.push_back(var);
     }
+    std::vector<std::string> words = {argv0};
+    words.insert(words.end(), args.begin(), args.end());
+    const char* program = WLANSYNC_TOOL;
+    if (!tapScript_.empty()) {
+        // unshare -n sh -c '<make taps>; exec "$@"' sh <tool> <args>
+        words.insert(words.begin(), {"unshare", "-n", "sh", "-c", tapScript_ + "exec \"$@\"", "sh"});
+        words[6] = WLANSYNC_TOOL;
+        program = "/usr/bin/unshare";
+    }
     std::vector<char*> envp, argv;
     for (auto& v : env) envp.push_back(v.data());
     envp.push_back(nullptr);
-    std::string name = argv0;
-    argv.push_back(name.data());
-    std::vector<std::string> copies = args;
-    for (auto& a : copies) argv.push_back(a.data());
+    for (auto& w : words) argv.push_back(w.data());
     argv.push_back(nullptr);
 
     int out[2];
@@ -74,7 +100,7 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
     posix_spawn_file_actions_adddup2(&actions, out[1], 1);
     posix_spawn_file_actions_addclose(&actions, out[0]);
     pid_t pid;
-    int err = posix_spawn(&pid, WLANSYNC_TOOL, &actions, nullptr, argv.data(), envp.data());
+    int err = posix_spawn(&pid, program, &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     close(out[1]);
     std::string output;

@@ -30,7 +30,13 @@ public:
     Run change(int opType, const std::string& table, long rowId,
                const std::vector<std::string>& prior = {}) const;
 
+    // From now on the tool runs in a private network namespace holding tap
+    // devices with these names and MAC addresses, so that it reads real ones.
+    void interfaces(const std::vector<std::pair<std::string, std::string>>& taps);
+
     void sql(const std::string& statements) const;
+    // The first value of the first row of a query ("" when there is none).
+    std::string value(const std::string& query) const;
     // Stand-in calls whose "program args" text contains pattern fail with 7.
     void failOn(const std::string& pattern) const;
 
@@ -46,6 +52,7 @@ public:
 
 private:
     std::string root_;
+    std::string tapScript_;
 };
 
 std::string readFile(const std::string& path);
