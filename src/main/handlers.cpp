@@ -1,9 +1,12 @@
 // The tables the tool handles and their handlers, in the order the device's
 // libraries expect.
 #include "main/dispatch.h"
+#include "radio/radio.h"
 #include "security/security.h"
 
 extern "C" const TblHandlerEntry handlers[] = {
+    {"dot11Radio", dot11RadioTblHandler},
     {"dot11ACL", dot11ACLTblHandler},
+    {"dot11Radio11n", dot11Radio11nTblHandler},
     {nullptr, nullptr},
 };
