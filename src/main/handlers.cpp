@@ -6,6 +6,7 @@
 
 extern "C" const TblHandlerEntry handlers[] = {
     {"dot11Radio", dot11RadioTblHandler},
+    {"dot11GlobalConfig", dot11GlobalConfigTblHandler},
     {"dot11ACL", dot11ACLTblHandler},
     {"dot11Radio11n", dot11Radio11nTblHandler},
     {nullptr, nullptr},
