@@ -9,5 +9,6 @@ extern "C" const TblHandlerEntry handlers[] = {
     {"dot11GlobalConfig", dot11GlobalConfigTblHandler},
     {"dot11ACL", dot11ACLTblHandler},
     {"dot11Radio11n", dot11Radio11nTblHandler},
+    {"dot11WDSPeers", dot11WDSPeersTblHandler},
     {nullptr, nullptr},
 };
