@@ -1,9 +1,14 @@
 // The tables the tool handles and their handlers, in the order the device's
 // libraries expect.
 #include "main/dispatch.h"
+#include "radio/radio.h"
 #include "security/security.h"
 
 extern "C" const TblHandlerEntry handlers[] = {
+    {"dot11Radio", dot11RadioTblHandler},
+    {"dot11GlobalConfig", dot11GlobalConfigTblHandler},
     {"dot11ACL", dot11ACLTblHandler},
+    {"dot11Radio11n", dot11Radio11nTblHandler},
+    {"dot11WDSPeers", dot11WDSPeersTblHandler},
     {nullptr, nullptr},
 };
