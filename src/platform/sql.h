@@ -2,6 +2,8 @@
 // table is released on every path.
 #pragma once
 
+#include <climits>
+#include <cstdlib>
 #include <utility>
 
 #include "platform/platform.h"
@@ -59,8 +61,9 @@ public:
     int cols() const { return cols_; }
     int rows() const { return rows_; }
     char** table() const { return table_; }
+    // Null past the last row, too.
     const char* value(int row, const char* name) const {
-        return table_ ? queryResValueGet(table_, cols_, row, name) : nullptr;
+        return table_ && row < rows_ ? queryResValueGet(table_, cols_, row, name) : nullptr;
     }
 
 private:
@@ -68,6 +71,13 @@ private:
     int cols_ = 0;
     int rows_ = 0;
 };
+
+// A number stored as text: leading decimal digits, 0 when there are none;
+// beyond the range of int it stops at the limit, as a 32-bit strtol does.
+inline int dbNumber(const char* text) {
+    long value = std::strtol(text, nullptr, 10);
+    return value > INT_MAX ? INT_MAX : value < INT_MIN ? INT_MIN : static_cast<int>(value);
+}
 
 // sqlite3_mprintf into an owner.
 template <typename... Args>

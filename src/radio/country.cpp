@@ -143,7 +143,7 @@ extern "C" int dot11GlobalConfigTblHandler(const char* dbFile, int opType, int64
     const char* country = queryResValueGet(table, nCols, 0, "country");
     if (!ifname || !country) return -1;
 
-    int number = toInt(country);
+    int number = wlan::dbNumber(country);
     const CountryEntry* entry = findCountry(number);
     if (!entry) {
         wlan::logMsg(kUnknownCountry, number);

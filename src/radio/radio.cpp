@@ -12,22 +12,6 @@
 
 namespace wlan::radio {
 
-int toInt(const char* text) {
-    long value = std::strtol(text, nullptr, 10);
-    return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
-}
-
-const char* firstValue(const Rows& rows, const char* name) {
-    return rows.rows() > 0 ? rows.value(0, name) : nullptr;
-}
-
-const char* priorValue(char** priorRow, int nCols, const char* name) {
-    if (!priorRow || nCols <= 0) return nullptr;
-    long held = 0;
-    while (held < 2L * nCols && priorRow[held]) ++held;
-    return queryResValueGet(priorRow, static_cast<int>(held / 2), 0, name);
-}
-
 int radioInterface(const char* dbFile, int n, Rows& rows, const char*& ifname) {
     rows = Rows::query(nullptr, dbFile, sqlFormat(kRadioIfQuery, '%', n, '%').get());
     if (rows.failed()) return -1;
@@ -64,14 +48,14 @@ extern "C" int dot11RadioTblHandler(const char* dbFile, int opType, int64_t, cha
 
     for (const char* name : kUpdateColumns)
         if (!column(name)) return -1;
-    int n = toInt(column("radioNo"));
-    int channel = toInt(column("configuredChannel"));
-    int wds = toInt(column("wdsEnabled"));
+    int n = wlan::dbNumber(column("radioNo"));
+    int channel = wlan::dbNumber(column("configuredChannel"));
+    int wds = wlan::dbNumber(column("wdsEnabled"));
     int oldWds = wds;  // no prior row: the switch did not move
     if (priorRow) {
-        const char* prior = priorValue(priorRow, nCols, "wdsEnabled");
+        const char* prior = queryResValueGet(priorRow, nCols, 0, "wdsEnabled");
         if (!prior) return -1;
-        oldWds = toInt(prior);
+        oldWds = wlan::dbNumber(prior);
     }
 
     wlan::Rows ifRows;

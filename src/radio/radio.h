@@ -57,18 +57,6 @@ extern const CountryEntry allCountry[wlan::radio::kCountryCount];
 
 namespace wlan::radio {
 
-// Base-10 strtol of a database number, held in an int as the device's
-// 32-bit long holds it: out-of-range values stop at the int limits.
-int toInt(const char* text);
-
-// A column of the first row, or null (also when the result has no row).
-const char* firstValue(const Rows& rows, const char* name);
-
-// A column of the prior row.  Never reads past the command line's final null
-// entry: a prior row shorter than nCols names and values is read with the
-// names and values it holds (half of its entries each).
-const char* priorValue(char** priorRow, int nCols, const char* name);
-
 // The interface of radio n's first enabled VAP.  -1: the query failed or the
 // row has no name; 0: no enabled VAP; 1: ifname points into rows.
 int radioInterface(const char* dbFile, int n, Rows& rows, const char*& ifname);

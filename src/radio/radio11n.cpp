@@ -15,11 +15,11 @@ extern "C" int dot11Radio11nTblHandler(const char* dbFile, int opType, int64_t, 
     if (opType != OP_UPDATE) return -1;
     const char* radioNo = queryResValueGet(table, nCols, 0, "radioNo");
     if (!radioNo) return -1;
-    int n = toInt(radioNo);
+    int n = wlan::dbNumber(radioNo);
 
     Rows radio = Rows::query(nullptr, dbFile, wlan::sqlFormat(kRadioByNoQuoted, n).get());
     if (radio.failed()) return -1;
-    const char* opMode = firstValue(radio, "opMode");
+    const char* opMode = radio.value(0, "opMode");
     if (!opMode) return -1;
     if (dot11ModeStrToVal(opMode) < kFirst11nMode) return 0;  // unknown words give -1: not 11n
 
@@ -33,14 +33,14 @@ extern "C" int dot11Radio11nTblHandler(const char* dbFile, int opType, int64_t, 
 extern "C" int dot11Radio11nApply(const char* dbFile, const char* ifname, int radioNo) {
     Rows row = Rows::query(nullptr, dbFile, wlan::sqlFormat(kRadio11nQuery, radioNo).get());
     if (row.failed()) return -1;
-    const char* puren = firstValue(row, "puren");
-    if (!firstValue(row, "chanWidth") || !puren) return -1;
+    const char* puren = row.value(0, "puren");
+    if (!row.value(0, "chanWidth") || !puren) return -1;
     int rc = -1;
-    if (toInt(puren) == 1) {
+    if (wlan::dbNumber(puren) == 1) {
         update_cfg_file(ifname, kWirelessModeKey, kPureN, nullptr);
         rc = wlan::drvSet(ifname, kWirelessMode, kPureN);
     }
     // As on the device, a row with a preamble setting counts as applied.
-    if (firstValue(row, "mimoPreamble")) rc = 0;
+    if (row.value(0, "mimoPreamble")) rc = 0;
     return rc;
 }

@@ -38,11 +38,11 @@ extern "C" void dot11MgmtConfigWDS(const char* ifname, int n, int wdsEnabled) {
     update_cfg_file(ifname, kWdsEnableKey, wdsEnabled, nullptr);
 
     // A link without a cipher word of its own takes ap1's security word.
-    const char* word = firstValue(peers, "pairwiseCipher");
+    const char* word = peers.value(0, "pairwiseCipher");
     if (!word) return;
     uint32_t cipher = dot11CipherStrToVal(word);
     if (cipher == 0) {
-        if (!(word = firstValue(profile, "security"))) return;
+        if (!(word = profile.value(0, "security"))) return;
         cipher = dot11CipherStrToVal(word);
     }
     update_cfg_file(ifname, kWdsEncrypKey, -1, wdsEncrypType(cipher));
@@ -51,7 +51,7 @@ extern "C" void dot11MgmtConfigWDS(const char* ifname, int n, int wdsEnabled) {
         const char* mac = peers.value(r, "macAddress");
         const char* index = peers.value(r, "wdsIndexNo");
         if (!mac || !index) return;
-        int slot = toInt(index);
+        int slot = wlan::dbNumber(index);
         // A slot the list cannot hold is reported; its interface is still switched.
         if (wdsEnabled != 0) {
             if (dot11WdsAddMac(slot, mac) != 0) wlan::logMsg(kWdsAddFailed, mac);
@@ -61,7 +61,7 @@ extern "C" void dot11MgmtConfigWDS(const char* ifname, int n, int wdsEnabled) {
         dot11IfUpDown(wdsIfName(slot).c_str(), wdsEnabled != 0);
     }
 
-    const char* key = firstValue(peers, "pskPassAscii");
+    const char* key = peers.value(0, "pskPassAscii");
     if (!key) return;
     update_cfg_file(ifname, kWdsKeyKey, -1, key);
     if (wdsEnabled != 0) eapDaemonRestart(wlan::rootPath(kSystemDb).c_str());

@@ -39,7 +39,7 @@ bool sameKey(const char* a, const char* b) {
 extern "C" int dot11WDSPeersTblHandler(const char* dbFile, int opType, int64_t, char** table,
                                        int nCols, int, char** priorRow) {
     auto fromTable = [&](const char* name) { return queryResValueGet(table, nCols, 0, name); };
-    auto fromPrior = [&](const char* name) { return priorValue(priorRow, nCols, name); };
+    auto fromPrior = [&](const char* name) { return queryResValueGet(priorRow, nCols, 0, name); };
     if (opType != OP_INSERT && opType != OP_DELETE && opType != OP_UPDATE) return -1;
     uint32_t oldCipher = 0;
     const char* oldKey = nullptr;
@@ -52,16 +52,16 @@ extern "C" int dot11WDSPeersTblHandler(const char* dbFile, int opType, int64_t, 
     const char* radioNo = column("radioNo");
     if (!radioNo) return -1;
     wlan::Rows radio = wlan::Rows::query(
-        nullptr, dbFile, wlan::sqlFormat(kPeerRadioQuery, toInt(radioNo)).get());
+        nullptr, dbFile, wlan::sqlFormat(kPeerRadioQuery, wlan::dbNumber(radioNo)).get());
     if (radio.failed()) return -1;
-    const char* wdsEnabled = firstValue(radio, "wdsEnabled");
+    const char* wdsEnabled = radio.value(0, "wdsEnabled");
     if (!wdsEnabled) return -1;
-    if (toInt(wdsEnabled) == 0) return 0;  // WDS is off on that radio
+    if (wlan::dbNumber(wdsEnabled) == 0) return 0;  // WDS is off on that radio
 
     const char* mac = column("macAddress");
     const char* index = column("wdsIndexNo");
     if (!mac || !index) return -1;
-    int slot = static_cast<int16_t>(toInt(index));  // the slot is a 16-bit number
+    int slot = static_cast<int16_t>(wlan::dbNumber(index));  // the slot is a 16-bit number
     uint32_t cipher = 0;
     const char* key = nullptr;
     if (!linkOf(column, cipher, key)) return -1;
