@@ -95,7 +95,6 @@ TEST(RadioTable, WdsSwitchReprogramsEveryPeer) {
 
     box.sql("UPDATE dot11Radio SET wdsEnabled=0;"
             "UPDATE dot11WDSPeers SET pskPassAscii='new', pairwiseCipher='OPEN';");
-    // A short prior row is read as it stands, never past its end.
     EXPECT_EQ(box.change(23, "dot11Radio", 1, was("1")).status, 0);
     EXPECT_EQ(line(box, "WdsList"), "WdsList=" + kZero + ";" + kZero + ";" + kZero + ";" + kZero);
     EXPECT_EQ(line(box, "WdsEncrypType"), "WdsEncrypType=WEP");  // ap1's security word
