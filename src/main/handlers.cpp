@@ -4,6 +4,7 @@
 #include "security/security.h"
 
 extern "C" const TblHandlerEntry handlers[] = {
+    {"dot11WPS", dot11WPSTblHandler},
     {"dot11ACL", dot11ACLTblHandler},
     {nullptr, nullptr},
 };

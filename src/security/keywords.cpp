@@ -1,5 +1,9 @@
 #include "security/security.h"
 
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+
 extern "C" {
 
 // "OPEN" and "WEP" are security words: a WDS link without a cipher word of
@@ -31,3 +35,12 @@ int dot11AuthMethodStrToVal(const char* word) {
 }
 
 }  // extern "C"
+
+namespace wlan {
+
+int decimalValue(const char* text) {
+    long long n = std::strtoll(text ? text : "", nullptr, 10);
+    return static_cast<int>(std::clamp<long long>(n, INT_MIN, INT_MAX));
+}
+
+}  // namespace wlan
