@@ -10,4 +10,15 @@ extern "C" {
 // daemon.  0 on success, -1 on failure.
 int eapDaemonRestart(const char* dbFile);
 
+// radiusClient: the RADIUS lines of the configuration file rewritten from
+// the whole table, with the device's own address on the first server's
+// subnet, then the daemon restarted.  Deletions are refused.
+int radiusClientHandler(const char* dbFile, int opType, int64_t rowId, char** table, int nCols,
+                        int nRows, char** priorRow);
+
+// VlanPortMgmt: a VAP interface that is a bridge port restarts the daemon,
+// so that it listens on the current bridges.
+int vlanPortMgmtTblHandler(const char* dbFile, int opType, int64_t rowId, char** table,
+                           int nCols, int nRows, char** priorRow);
+
 }  // extern "C"

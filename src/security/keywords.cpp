@@ -1,5 +1,6 @@
 #include "security/security.h"
 
+
 extern "C" {
 
 // "OPEN" and "WEP" are security words: a WDS link without a cipher word of
@@ -31,3 +32,4 @@ int dot11AuthMethodStrToVal(const char* word) {
 }
 
 }  // extern "C"
+

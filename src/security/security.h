@@ -1,4 +1,5 @@
-// Security and access control: keyword tables, the access-list handler.
+// Security and access control: keyword tables, a profile's security, the
+// access-list and WPS handlers.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +18,18 @@ uint32_t dot11CipherStrToVal(const char* word);
 int dot11SecurityStrToVal(const char* word);
 int dot11AuthMethodStrToVal(const char* word);
 
+// Applies the security of profile profileName (ssid: the profile's SSID) to
+// VAP interface ifname, each setting written to the configuration file and
+// then sent to the driver; ends at the first failing command.  0 when done
+// (or when a value was missing after a command had run), -1 when nothing
+// could be applied, else the failing command's status.
+int dot11SecurityApply(const char* dbFile, const char* profileName, const char* ssid,
+                       const char* ifname);
+
 int dot11ACLTblHandler(const char* dbFile, int opType, int64_t rowId, char** table, int nCols,
+                       int nRows, char** priorRow);
+int dot11WPSTblHandler(const char* dbFile, int opType, int64_t rowId, char** table, int nCols,
                        int nRows, char** priorRow);
 
 }  // extern "C"
+

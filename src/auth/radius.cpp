@@ -1,0 +1,115 @@
+// radiusClient: the daemon reads its RADIUS servers and its own address from
+// the driver configuration file when it starts.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "auth/auth.h"
+#include "auth/authtext.h"
+#include "cfgfile/cfgfile.h"
+#include "main/dispatch.h"
+#include "platform/platform.h"
+#include "platform/sql.h"
+
+namespace {
+
+using wlan::Rows;
+namespace auth = wlan::auth;
+
+struct CfgLine {
+    const char* key;
+    std::string text;
+};
+
+// The driver keeps one server per VAP position; every VAP gets the same.
+CfgLine perVap(const char* key, const char* value) {
+    std::string text = std::string(key) + "=" + value;
+    for (int vap = 1; vap < 4; ++vap) text += std::string(";") + value;
+    return {key, text};
+}
+
+// The subnet is the own address's text up to and including its third '.';
+// an address with fewer dots has none and matches no server.
+bool onSubnetOf(const char* own, const char* server) {
+    const char* end = own;
+    for (int dots = 0; dots < 3; ++end) {
+        if (*end == '\0') return false;
+        if (*end == '.') ++dots;
+    }
+    return std::strncmp(own, server, static_cast<size_t>(end - own)) == 0;
+}
+
+// Each server's three lines in row order, preceded once by the first own
+// address on a server's subnet; false when a row lacks a value.
+bool radiusLines(const Rows& own, const Rows& servers, std::vector<CfgLine>& lines) {
+    bool ownWritten = false;
+    for (int r = 0; r < servers.rows(); ++r) {
+        const char* server = servers.value(r, "authserver");
+        if (!server) return false;
+        for (int a = 0; a < own.rows(); ++a) {
+            const char* address = own.value(a, "ipAddress");
+            if (!address) return false;
+            if (!ownWritten && onSubnetOf(address, server)) {
+                std::string line = std::string(auth::kOwnAddressKey) + "=" + address;
+                lines.push_back({auth::kOwnAddressKey, line});
+                ownWritten = true;
+            }
+        }
+        const char* port = servers.value(r, "authport");
+        const char* secret = servers.value(r, "authsecret");
+        if (!port || !secret) return false;
+        lines.push_back(perVap(auth::kRadiusServerKey, server));
+        lines.push_back(perVap(auth::kRadiusPortKey, port));
+        lines.push_back(perVap(auth::kRadiusSecretKey, secret));
+    }
+    return true;
+}
+
+// Every line naming one of the keys dropped, the new lines appended last.
+// Values go into the file as they stand: nothing interprets them.
+bool writeRadiusLines(const std::vector<CfgLine>& lines) {
+    for (const CfgLine& line : lines) {
+        if (wlan::cfg::holdsLineEnd(line.text.c_str())) {
+            wlan::logMsg(auth::kRadiusLineEnd, line.key);  // the key only: secrets stay out of logs
+            return false;
+        }
+    }
+    std::string cfg = wlan::cfg::cfgPath(), rebuild = wlan::cfg::rebuildPath();
+    bool written = wlan::cfg::copyLines(cfg.c_str(), rebuild.c_str(),
+                                        {auth::kRadiusServerKey, auth::kRadiusPortKey,
+                                         auth::kRadiusSecretKey, auth::kOwnAddressKey},
+                                        false);
+    for (size_t i = 0; written && i < lines.size(); ++i)
+        written = wlan::cfg::appendLine(rebuild.c_str(), lines[i].text);
+    if (!written || wlan::cfg::replaceCfgFile(rebuild.c_str()) != 0) {
+        wlan::logMsg(auth::kRadiusCfgUnreadable, cfg.c_str());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+extern "C" int radiusClientHandler(const char* dbFile, int opType, int64_t, char**, int, int,
+                                   char**) {
+    if (opType == OP_DELETE) {
+        wlan::logMsg(auth::kRadiusDelete);
+        return -1;
+    }
+    if (opType != OP_INSERT && opType != OP_UPDATE) return -1;
+
+    // Stopped first; only a complete rewrite starts it again.
+    const char* killall[] = {"killall", auth::kDaemonName, nullptr};
+    adpCmdExec(killall);
+
+    Rows own = Rows::query(nullptr, dbFile, auth::kOwnAddresses);
+    if (own.failed()) return -1;
+    Rows servers = Rows::query(nullptr, dbFile, auth::kRadiusServers);
+    if (servers.failed()) return -1;
+    std::vector<CfgLine> lines;
+    if (!radiusLines(own, servers, lines) || !writeRadiusLines(lines)) return -1;
+
+    if (Rows::query(nullptr, dbFile, auth::kVapInterfaces).failed()) return -1;
+    eapDaemonRestart(dbFile);
+    return 0;
+}
