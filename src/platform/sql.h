@@ -2,6 +2,7 @@
 // table is released on every path.
 #pragma once
 
+#include <cstdlib>
 #include <utility>
 
 #include "platform/platform.h"
@@ -68,6 +69,11 @@ private:
     int cols_ = 0;
     int rows_ = 0;
 };
+
+// A number stored as text: leading decimal digits, 0 when there are none.
+inline int dbNumber(const char* text) {
+    return static_cast<int>(std::strtol(text, nullptr, 10));
+}
 
 // sqlite3_mprintf into an owner.
 template <typename... Args>

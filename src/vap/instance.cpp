@@ -21,10 +21,6 @@ using wlan::sqlFormat;
 
 namespace {
 
-int number(const char* text) {
-    return static_cast<int>(std::strtol(text, nullptr, 10));
-}
-
 // One per-VAP parameter: file key written, then the driver told.
 struct Parameter {
     const char* column;
@@ -63,7 +59,7 @@ void applyQos(const Rows& join, const char* ifname) {
     const char* defaultCos = join.value(0, "defaultCos");
     const char* qosText = join.value(0, "qosEnable");
     if (!defaultCos || !qosText) return;
-    int qos = number(qosText);
+    int qos = wlan::dbNumber(qosText);
     int defaultClass = trafficClass(defaultCos);
     if (defaultClass < 0) defaultClass = 0;
     std::string mapping;
@@ -112,7 +108,7 @@ int start(const char* dbFile, const char* vapName, const char* ifname, int radio
 
     const char* cardNo = radio.value(0, "cardNo");
     if (!cardNo) return -1;
-    Rows card = Rows::query(nullptr, dbFile, sqlFormat(kCardRow, number(cardNo)).get());
+    Rows card = Rows::query(nullptr, dbFile, sqlFormat(kCardRow, wlan::dbNumber(cardNo)).get());
     if (card.failed()) return -1;
     if (card.cols() == 0 || card.rows() != 1) {
         wlan::logMsg(kCardRowFailed);
@@ -130,7 +126,7 @@ int start(const char* dbFile, const char* vapName, const char* ifname, int radio
     for (const Parameter& p : kParameters) {
         const char* text = vap.value(0, p.column);
         if (!text) return &p == kParameters ? -1 : status;  // maxClients is required
-        status = apply(ifname, p.fileKey, p.format, number(text), *p.failed);
+        status = apply(ifname, p.fileKey, p.format, wlan::dbNumber(text), *p.failed);
         if (status != 0) return status;
     }
     const char* preamble = vap.value(0, "preambleMode");
@@ -140,7 +136,7 @@ int start(const char* dbFile, const char* vapName, const char* ifname, int radio
 
     const char* protect = vap.value(0, "rtsCtsProtect");
     if (!protect) return status;
-    switch (number(protect)) {
+    switch (wlan::dbNumber(protect)) {
     case 0:
         status = apply(ifname, "BGProtection", kBgProtection, 2, kProtection2Failed);
         if (status != 0) return status;
@@ -162,7 +158,7 @@ int start(const char* dbFile, const char* vapName, const char* ifname, int radio
 
     const char* broadcast = join.value(0, "broadcastSSID");
     if (!broadcast) return status;
-    status = apply(ifname, "HideSSID", kHideSsid, number(broadcast) == 0 ? 1 : 0, kHideSsidFailed);
+    status = apply(ifname, "HideSSID", kHideSsid, wlan::dbNumber(broadcast) == 0 ? 1 : 0, kHideSsidFailed);
     if (status != 0) return status;
 
     applyQos(join, ifname);
@@ -176,7 +172,7 @@ int start(const char* dbFile, const char* vapName, const char* ifname, int radio
 
     Rows mulToUni = Rows::query(wlanDbHandle, nullptr, sqlFormat(kMulToUniRow, 1).get());
     const char* on = mulToUni.value(0, "Enabled");
-    if (!on || number(on) != 1) return status;
+    if (!on || wlan::dbNumber(on) != 1) return status;
     int rc = dot11SetMulToUnivalue(ifname, 1);
     if (rc != 0) wlan::logMsg(kMulToUniFailed, ifname);
     return rc;

@@ -26,7 +26,7 @@ extern "C" int multicastEnableDisable(const char*, int, int64_t, char**, int, in
     if (switchRow.failed()) return -1;
     const char* enabled = switchRow.value(0, "Enabled");
     if (!enabled) return -1;
-    int value = static_cast<int>(std::strtol(enabled, nullptr, 10));
+    int value = wlan::dbNumber(enabled);
 
     Rows interfaces = Rows::query(wlanDbHandle, nullptr, kAllInterfaces);
     if (interfaces.failed() || interfaces.rows() == 0) return -1;

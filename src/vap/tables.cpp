@@ -12,14 +12,6 @@ using namespace wlan::vap;
 using wlan::Rows;
 using wlan::sqlFormat;
 
-namespace {
-
-int number(const char* text) {
-    return static_cast<int>(std::strtol(text, nullptr, 10));
-}
-
-}  // namespace
-
 // A changed profile restarts every enabled VAP that uses it; none is stopped.
 extern "C" int startStopVAPUsingProfile(const char* dbFile, int opType, int64_t, char** table,
                                         int nCols, int, char** priorRow) {
@@ -34,7 +26,7 @@ extern "C" int startStopVAPUsingProfile(const char* dbFile, int opType, int64_t,
         const char* vapName = vaps.value(r, "vapName");
         const char* enabled = vaps.value(r, "vapEnabled");
         if (!vapName || !enabled) break;
-        if (number(enabled) != 0) startStopVAP(dbFile, vapName, 1);
+        if (wlan::dbNumber(enabled) != 0) startStopVAP(dbFile, vapName, 1);
     }
     return 0;
 }
@@ -45,7 +37,7 @@ extern "C" int dot11VAPTblHandler(const char* dbFile, int opType, int64_t rowId,
     const char* vapName = queryResValueGet(table, nCols, 0, "vapName");
     const char* enabled = queryResValueGet(table, nCols, 0, "vapEnabled");
     if (!vapName || !enabled) return -1;
-    if (number(enabled) == 0) return startStopVAP(dbFile, vapName, 0);
+    if (wlan::dbNumber(enabled) == 0) return startStopVAP(dbFile, vapName, 0);
     int rc = startStopVAP(dbFile, vapName, 1);
     if (rc != 0 || (opType != OP_INSERT && opType != OP_UPDATE)) return rc;
 
@@ -57,7 +49,7 @@ extern "C" int dot11VAPTblHandler(const char* dbFile, int opType, int64_t rowId,
     Rows interfaces = Rows::query(wlanDbHandle, nullptr,
                                   sqlFormat(kFirstInterface, static_cast<int32_t>(rowId)).get());
     if (interfaces.failed()) return -1;
-    if (number(on) != 1) return 0;
+    if (wlan::dbNumber(on) != 1) return 0;
     const char* ifname = interfaces.value(0, "interfaceName");
     return ifname ? dot11SetMulToUnivalue(ifname, 1) : -1;
 }
@@ -75,5 +67,5 @@ extern "C" int dot11InterfaceTblHandler(const char* dbFile, int opType, int64_t,
     const char* radioNo = queryResValueGet(table, nCols, 0, "radioNo");
     if (!ifname || !vapName || !radioNo) return -1;
     if (std::strcmp(vapName, "unused") != 0) return 0;
-    return startStopVAPInstance(dbFile, vapName, ifname, number(radioNo), 0);
+    return startStopVAPInstance(dbFile, vapName, ifname, wlan::dbNumber(radioNo), 0);
 }

@@ -60,7 +60,7 @@ extern "C" int startStopVAP(const char* dbFile, const char* vapName, int start) 
         ifname = interfaces.value(r, "interfaceName");
         const char* radioNo = interfaces.value(r, "radioNo");
         if (!ifname || !radioNo) return -1;
-        int radio = static_cast<int>(std::strtol(radioNo, nullptr, 10));
+        int radio = wlan::dbNumber(radioNo);
         if (startStopVAPInstance(dbFile, vapName, ifname, radio, start) != 0) {
             result = -1;
             break;  // the remaining interfaces are not touched
