@@ -35,7 +35,7 @@ bool eapLine(const Rows& vlans, std::string& line) {
         const char* id = vlans.value(r, "vlanId");
         if (!id) return false;
         if (r > 0) line += ';';
-        line += "bdg" + std::to_string(static_cast<int>(std::strtol(id, nullptr, 10)));
+        line += "bdg" + std::to_string(wlan::dbNumber(id));
     }
     return true;
 }
