@@ -11,3 +11,5 @@ for variant in build:OFF build-asan:ON; do
     cmake --build "$dir" -j "$jobs"
     (cd "$dir" && ctest --output-on-failure -j "$jobs")
 done
+# The same suite for the access point's CPU: an ARM build run under qemu-arm.
+sh "$top/host/arm.sh"

@@ -78,14 +78,24 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
         std::string var = *e;
         if (var.rfind("WLANSYNC_ROOT=", 0) != 0 && var.rfind("PATH=", 0) != 0) env.push_back(var);
     }
-    std::vector<std::string> words = {argv0};
+    // The tool itself, or (cross builds) the emulator running it under argv0.
+    std::vector<std::string> words;
+    std::string program = WLANSYNC_TOOL;
+    std::istringstream emulator(WLANSYNC_TOOL_EMULATOR);
+    for (std::string word; std::getline(emulator, word, '|');)
+        if (!word.empty()) words.push_back(word);
+    if (words.empty()) {
+        words = {argv0};
+    } else {
+        program = words[0];
+        words.insert(words.end(), {"-0", argv0, WLANSYNC_TOOL});
+    }
     words.insert(words.end(), args.begin(), args.end());
-    const char* program = WLANSYNC_TOOL;
     if (!tapScript_.empty()) {
-        // unshare -n sh -c '<make taps>; exec "$@"' sh <tool> <args>
+        // unshare -n sh -c '<make taps>; exec "$@"' sh <program> <args>
+        words[0] = program;
         words.insert(words.begin(), {"unshare", "-n", "sh", "-c", tapScript_ + "exec \"$@\"", "sh"});
-        words[6] = WLANSYNC_TOOL;
-        program = "/usr/bin/unshare";
+        program = "unshare";
     }
     std::vector<char*> envp, argv;
     for (auto& v : env) envp.push_back(v.data());
@@ -100,7 +110,7 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
     posix_spawn_file_actions_adddup2(&actions, out[1], 1);
     posix_spawn_file_actions_addclose(&actions, out[0]);
     pid_t pid;
-    int err = posix_spawn(&pid, program, &actions, nullptr, argv.data(), envp.data());
+    int err = posix_spawnp(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     close(out[1]);
     std::string output;

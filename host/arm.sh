@@ -1,0 +1,33 @@
+#!/bin/sh
+# Builds wlanSyncTool for ARM (arm-linux-gnueabihf) and runs the whole test
+# suite under qemu-arm.  The target's SQLite and GoogleTest come from
+# Debian's armhf packages, unpacked into build-arm/sysroot.
+set -eu
+top=$(cd "$(dirname "$0")/.." && pwd)
+"$top/host/deps.sh"
+need=""
+for pkg in g++-arm-linux-gnueabihf qemu-user; do
+    dpkg -s "$pkg" >/dev/null 2>&1 || need="$need $pkg"
+done
+SUDO=""
+[ "$(id -u)" -eq 0 ] || SUDO=sudo
+if [ -n "$need" ]; then
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends $need
+fi
+build=$top/build-arm
+sysroot=$build/sysroot
+if [ ! -f "$sysroot/usr/include/sqlite3.h" ] || [ ! -d "$sysroot/usr/lib/arm-linux-gnueabihf/cmake/GTest" ]; then
+    if ! dpkg --print-foreign-architectures | grep -qx armhf; then
+        $SUDO dpkg --add-architecture armhf
+        $SUDO apt-get update || true  # an out-of-step armhf index must not stop the download
+    fi
+    mkdir -p "$build/debs" "$sysroot"
+    (cd "$build/debs" && apt-get download libsqlite3-dev:armhf libsqlite3-0:armhf \
+        libgtest-dev:armhf libgmock-dev:armhf)
+    for deb in "$build"/debs/*.deb; do dpkg -x "$deb" "$sysroot"; done
+fi
+cmake -S "$top" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$top/cmake/arm-linux-gnueabihf.cmake" \
+    -DWLANSYNC_SYSROOT="$sysroot" >/dev/null
+cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)"
+file "$build/wlanSyncTool"
+(cd "$build" && ctest --output-on-failure -j "$(nproc 2>/dev/null || echo 2)")
