@@ -76,7 +76,7 @@ extern "C" int adpModuleDebugSyslogProto(int, int category, const char* function
 
 namespace wlan {
 
-int logMsg(const LogMsg& msg, ...) {
+int logMsg(LogMsg msg, ...) {
     va_list args;
     va_start(args, msg);
     int rc = vlog(msg.category, msg.function, msg.line, msg.format, args);

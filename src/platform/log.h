@@ -16,6 +16,6 @@ struct LogMsg {
 };
 
 // adpModuleDebugSyslogProto(3, category, function, line, 0, 0, format, ...).
-int logMsg(const LogMsg& msg, ...);
+int logMsg(LogMsg msg, ...);  // by value: va_start may not name a reference
 
 }  // namespace wlan
