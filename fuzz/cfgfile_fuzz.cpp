@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // A refused edit leaves the file as it was; a single key always ends it.
     if (rc != 0 && after != before) std::abort();
     if (rc == 0 && std::string(key) == "Channel") {
-        std::string value = intValue >= 0 ? std::to_string(intValue) : text;
+        std::string value = intValue >= 0 ? std::to_string(intValue) : text.c_str();
         std::string last = "Channel=" + value + "\n";
         if (after.size() < last.size() || after.compare(after.size() - last.size(), last.size(), last) != 0)
             std::abort();

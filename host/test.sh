@@ -11,3 +11,5 @@ for variant in build:OFF build-asan:ON; do
     cmake --build "$dir" -j "$jobs"
     (cd "$dir" && ctest --output-on-failure -j "$jobs")
 done
+# The fuzz targets, each for a bounded time from its regression inputs.
+sh "$top/host/fuzz.sh"
