@@ -13,3 +13,5 @@ for variant in build:OFF build-asan:ON; do
 done
 # The same suite for the access point's CPU: an ARM build run under qemu-arm.
 sh "$top/host/arm.sh"
+# The fuzz targets, each for a bounded time from its regression inputs.
+sh "$top/host/fuzz.sh"

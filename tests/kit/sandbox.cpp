@@ -150,6 +150,13 @@ std::vector<std::string> Sandbox::cfgLines() const {
     return lines;
 }
 
+std::string Sandbox::cfgLine(const std::string& prefix) const {
+    std::string found;
+    for (const auto& line : cfgLines())
+        if (line.rfind(prefix, 0) == 0) found = line;
+    return found;
+}
+
 void Sandbox::setCfg(const std::string& text) const { writeFile(cfgPath(), text); }
 
 std::string Sandbox::log() const { return readFile(root_ + "/var/log/wlanSyncTool.log"); }

@@ -44,6 +44,8 @@ public:
     std::vector<std::string> calls() const;
     std::string cfg() const;
     std::vector<std::string> cfgLines() const;
+    // The last configuration-file line that begins with prefix ("" if none).
+    std::string cfgLine(const std::string& prefix) const;
     void setCfg(const std::string& text) const;
     std::string log() const;
 

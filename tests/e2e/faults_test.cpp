@@ -1,0 +1,108 @@
+// Faults a device meets: a busy database, a missing or failing driver
+// utility, an unusable configuration file, long values, many writers.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <thread>
+
+#include "cfgfile/cfgfile.h"
+#include "sandbox.h"
+
+namespace {
+
+const char* kSeed =
+    "INSERT INTO dot11VAP (vapName, vapEnabled) VALUES ('ap1', 1), ('ap2', 1), ('ap3', 1), ('ap4', 1);"
+    "INSERT INTO dot11Interface VALUES ('vap0', 'ap1', 1, ''), ('vap1', 'ap2', 1, ''),"
+    " ('vap2', 'ap3', 1, ''), ('vap3', 'ap4', 1, '');";
+
+std::string mac(int i) {
+    char text[18];
+    std::snprintf(text, sizeof text, "02:00:00:00:%02X:%02X", i / 256, i % 256);
+    return text;
+}
+
+TEST(Faults, DatabaseLockedByAnotherWriterIsWaitedFor) {
+    kit::Sandbox box(kSeed);
+    box.sql("INSERT INTO dot11ACL VALUES ('ap1', '" + mac(1) + "');");
+    sqlite3* writer = nullptr;
+    sqlite3_open(box.db().c_str(), &writer);
+    sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::seconds(2));
+        sqlite3_exec(writer, "COMMIT", nullptr, nullptr, nullptr);
+    });
+    auto start = std::chrono::steady_clock::now();
+    kit::Run run = box.change(18, "dot11ACL", 1);
+    release.join();
+    sqlite3_close(writer);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
+    EXPECT_EQ(box.cfgLines().back(), "AccessControlList0=" + mac(1));
+}
+
+TEST(Faults, DriverUtilityMissingOrFailing) {
+    kit::Sandbox box(kSeed);
+    box.sql("INSERT INTO dot11ACL VALUES ('ap1', '" + mac(1) + "'), ('ap1', '" + mac(2) + "');");
+    std::remove(box.iwpriv().c_str());
+    EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 127);  // could not be started
+    EXPECT_EQ(box.cfgLines().back(), "AccessControlList0=" + mac(1));  // written first
+    kit::writeFile(box.iwpriv(), "#!/bin/sh\nkill -9 $$\n");
+    chmod(box.iwpriv().c_str(), 0755);
+    EXPECT_EQ(box.change(18, "dot11ACL", 2).status, 128 + 9);
+    EXPECT_EQ(box.log(), "");
+}
+
+TEST(Faults, UnusableConfigurationFileIsNeverHalfWritten) {
+    kit::Sandbox box;
+    box.enter();
+    std::string before = box.cfg();
+    mkdir((box.root() + "/etc/Wireless/RT2860AP/rt2860AP1.dat").c_str(), 0755);  // rebuild file
+    EXPECT_NE(update_cfg_file("vap0", "Channel", 6, nullptr), 0);
+    EXPECT_NE(update_cfg_file("vap0", "EncrypType", -1, "AES"), 0);
+    EXPECT_EQ(box.cfg(), before);
+    EXPECT_NE(box.log().find("[8] update_cfg_file:452: Cannot rewrite"), std::string::npos);
+}
+
+TEST(Faults, LongValuesAreWrittenWhole) {
+    kit::Sandbox box;
+    box.enter();
+    for (size_t n : {255u, 256u, 511u, 512u, 513u, 4096u}) {
+        std::string ssid(n, 'x');
+        EXPECT_EQ(update_cfg_file("vap1", "SSID", -1, ssid.c_str()), 0);
+        EXPECT_EQ(box.cfgLines().back(), "SSID2=" + ssid);
+        EXPECT_EQ(update_cfg_file("vap1", "AuthMode", -1, ssid.c_str()), 0);
+        EXPECT_EQ(box.cfgLine("AuthMode="), "AuthMode=OPEN;" + ssid + ";OPEN;OPEN");
+        EXPECT_EQ(update_cfg_file("vap1", "AuthMode", -1, "OPEN"), 0);
+    }
+    // An access list far longer than a 256-byte line: every entry stays.
+    for (int i = 0; i < 40; ++i) update_cfg_file("vap2", "AccessControlList", -1, mac(i).c_str());
+    update_cfg_file("vap2", "AccessControlList", -1, mac(20).c_str());
+    std::string list = box.cfgLine("AccessControlList2=");
+    EXPECT_EQ(list.size(), 19 + 39 * 18 - 1);
+    EXPECT_EQ(list.find(mac(20)), std::string::npos);
+    EXPECT_NE(list.find(mac(39)), std::string::npos);
+}
+
+TEST(Faults, ManyConcurrentWritersKeepEveryEdit) {
+    kit::Sandbox box(kSeed);
+    const int n = 200;
+    std::string rows;
+    for (int i = 0; i < n; ++i)
+        rows += "INSERT INTO dot11ACL VALUES ('ap" + std::to_string(1 + i % 4) + "', '" + mac(i) + "');";
+    box.sql(rows);
+    std::vector<std::thread> runs;
+    std::vector<int> status(n);
+    for (int i = 0; i < n; ++i)
+        runs.emplace_back([&, i] { status[i] = box.change(18, "dot11ACL", i + 1).status; });
+    for (auto& t : runs) t.join();
+    std::string cfg = box.cfg();
+    for (int i = 0; i < n; ++i) {
+        EXPECT_EQ(status[i], 0) << i;
+        EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
+    }
+    EXPECT_EQ(box.calls().size(), size_t(n));
+}
+
+}  // namespace
