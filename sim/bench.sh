@@ -1,0 +1,101 @@
+#!/bin/sh
+# Benchmark on the simulated access point: a VAP start, a channel change and
+# an ACL insert.  For each: wall time (median of RUNS, default 7), the
+# tool's own CPU time (median) and peak RSS, and the processes it starts,
+# by kind.  Then the stripped size of the tool.  It prints figures; it
+# judges nothing.
+set -eu
+top=$(cd "$(dirname "$0")/.." && pwd)
+build=${BUILD:-$top/build}
+runs=${RUNS:-7}
+for pkg in strace; do
+    dpkg -s "$pkg" > /dev/null 2>&1 || DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$pkg"
+done
+R=$(mktemp -u /tmp/wlansync-bench-XXXXXX)
+sh "$top/sim/ap" create "$R" > /dev/null
+trap 'sh "$top/sim/ap" destroy "$R"' EXIT
+db=$R/tmp/system.db
+tool=$build/wlanSyncTool
+ap() { sh "$top/sim/ap" exec "$R" "$@"; }
+
+# The programs the tool itself starts (its direct children), by kind.
+count_processes() {
+    ap strace -f -qq -e trace=execve,clone,clone3,vfork,fork -e signal=none -o "$R/trace" "$@" \
+        > /dev/null 2>&1 || true
+    awk '
+        /execve\(/ {
+            split($0, q, "\""); n = split(q[2], p, "/")
+            if (!($1 in prog)) prog[$1] = p[n]
+            if (tool == "") tool = $1
+        }
+        /(clone3?|vfork|fork)(\(| resumed)/ && $NF ~ /^[0-9]+$/ { parent[$NF] = $1 }
+        END {
+            for (pid in parent) {
+                if (parent[pid] != tool || !(pid in prog)) continue
+                kind = prog[pid]
+                if (kind ~ /^(sh|bash|dash)$/) kind = "shell"
+                else if (kind ~ /^(cat|grep|mv|echo)$/) kind = "cat/grep/mv"
+                else if (kind == "iwpriv") kind = "driver utility"
+                count[kind]++
+            }
+            out = ""
+            for (k in count) out = out k " " count[k] ", "
+            print (out == "" ? "none" : substr(out, 1, length(out) - 2))
+        }' "$R/trace"
+}
+
+median() { printf '%s\n' $1 | sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
+
+# measure NAME PREPARE ARGS: PREPARE runs before each run; ARGS, the tool's
+# arguments, are expanded after it.
+measure() {
+    name=$1
+    prepare=$2
+    args=$3
+    walls=""
+    cpus=""
+    rss=0
+    i=0
+    while [ "$i" -lt "$runs" ]; do
+        i=$((i + 1))
+        eval "$prepare"
+        eval "set -- $args"
+        set -- $(ap "$build/wlanMeasure" "$tool" "$@" | tail -n 1)
+        walls="$walls $1"
+        cpus="$cpus $2"
+        [ "$3" -gt "$rss" ] && rss=$3
+        [ "$4" -eq 0 ] || echo "  (run $i exited with status $4)"
+    done
+    eval "$prepare"
+    eval "set -- $args"
+    procs=$(count_processes "$tool" "$@")
+    printf '%-15s wall %6s ms   tool CPU %6s ms   peak RSS %5s kB   started: %s\n' \
+        "$name" "$(median "$walls")" "$(median "$cpus")" "$rss" "$procs"
+}
+
+acl=0
+next_acl() {
+    acl=$((acl + 1))
+    sqlite3 "$db" "INSERT INTO dot11ACL (rowid, vapName, macAddress)
+                   VALUES ($acl, 'ap1', printf('02:00:00:00:%02X:%02X', $acl / 256, $acl % 256))"
+}
+channel=6
+next_channel() {
+    channel=$((channel == 6 ? 11 : 6))
+    sqlite3 "$db" "UPDATE dot11Radio SET configuredChannel=$channel WHERE radioNo=1"
+}
+radio_prior="radioNo interfaceName cardNo rogueAPEnabled configuredChannel band opMode dothEnabled"
+radio_prior="$radio_prior dothMaxPower dothMarkDfs wdsEnabled 1 wlan0 1 0 6 2.4GHz ng 0 0 0 0"
+
+echo "wlanSyncTool on the simulated access point ($runs runs each; wall and CPU are medians)"
+measure "VAP start" ":" '"$db" 23 dot11VAP 1 vapName vapEnabled ap1 1'
+measure "channel change" "next_channel" '"$db" 23 dot11Radio 1 $radio_prior'
+measure "ACL insert" "next_acl" '"$db" 18 dot11ACL $acl'
+stripped=$(mktemp)
+strip -o "$stripped" "$tool"
+echo "stripped binary: $(stat -c %s "$stripped") bytes ($(uname -m))"
+if [ -x "$top/build-arm/wlanSyncTool" ] && command -v arm-linux-gnueabihf-strip > /dev/null; then
+    arm-linux-gnueabihf-strip -o "$stripped" "$top/build-arm/wlanSyncTool"
+    echo "stripped binary: $(stat -c %s "$stripped") bytes (arm-linux-gnueabihf)"
+fi
+rm -f "$stripped"
