@@ -29,5 +29,8 @@ fi
 cmake -S "$top" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$top/cmake/arm-linux-gnueabihf.cmake" \
     -DWLANSYNC_SYSROOT="$sysroot" >/dev/null
 cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)"
-file "$build/wlanSyncTool"
-(cd "$build" && ctest --output-on-failure -j "$(nproc 2>/dev/null || echo 2)")
+command -v file > /dev/null && file "$build/wlanSyncTool"
+status=0
+(cd "$build" && ctest --output-on-failure -j "$(nproc 2>/dev/null || echo 2)" > ctest.log 2>&1) || status=$?
+cat "$build/ctest.log"
+exit "$status"

@@ -2,7 +2,7 @@
 # Installs what building and testing wlanSyncTool needs on Debian (bookworm).
 set -eu
 need=""
-for pkg in cmake g++ make libsqlite3-dev sqlite3 libgtest-dev iproute2; do
+for pkg in cmake g++ make libsqlite3-dev sqlite3 libgtest-dev iproute2 net-tools psmisc; do
     dpkg -s "$pkg" >/dev/null 2>&1 || need="$need $pkg"
 done
 if [ -n "$need" ]; then

@@ -1,6 +1,8 @@
 #!/bin/sh
-# Installs what is needed, then builds and runs every test twice: a plain
-# build, and one under AddressSanitizer + UndefinedBehaviorSanitizer.
+# Installs what is needed, then runs every test: the suite plainly, under
+# AddressSanitizer + UndefinedBehaviorSanitizer and as an ARM build under
+# qemu-arm; the fuzz targets for a bounded time; the simulated access point's
+# scenario.  Ends with one summary line.
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 "$top/host/deps.sh"
@@ -9,9 +11,25 @@ for variant in build:OFF build-asan:ON; do
     dir=$top/${variant%%:*}
     cmake -S "$top" -B "$dir" -DWLANSYNC_SANITIZE="${variant##*:}" >/dev/null
     cmake --build "$dir" -j "$jobs"
-    (cd "$dir" && ctest --output-on-failure -j "$jobs")
+    status=0
+    (cd "$dir" && ctest --output-on-failure -j "$jobs" > ctest.log 2>&1) || status=$?
+    cat "$dir/ctest.log"
+    [ "$status" -eq 0 ]
 done
 # The same suite for the access point's CPU: an ARM build run under qemu-arm.
 sh "$top/host/arm.sh"
 # The fuzz targets, each for a bounded time from its regression inputs.
 sh "$top/host/fuzz.sh"
+# Smoke test: the README's main command, the whole scenario on a simulated
+# access point, must end with every step's exit status 0.
+if sh "$top/sim/scenario.sh" > "$top/build/scenario.log" 2>&1; then
+    echo "scenario on the simulated access point: every step's exit status was 0"
+else
+    tail -n 40 "$top/build/scenario.log"
+    echo "scenario on the simulated access point FAILED (full output: build/scenario.log)"
+    exit 1
+fi
+# Every test that ran: the three suites, the fuzz targets and the scenario.
+suites=$(cat "$top/build/ctest.log" "$top/build-asan/ctest.log" "$top/build-arm/ctest.log" |
+    sed -n 's/.* tests passed, 0 tests failed out of \([0-9]*\)$/\1/p' | awk '{ n += $1 } END { print n }')
+echo "summary: $((suites + 3 + 1)) passed, 0 failed"

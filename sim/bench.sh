@@ -8,6 +8,8 @@ set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD:-$top/build}
 runs=${RUNS:-7}
+cmake -S "$top" -B "$build" > /dev/null
+cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)" --target wlanSyncTool wlanFramework wlanMeasure > /dev/null
 for pkg in strace; do
     dpkg -s "$pkg" > /dev/null 2>&1 || DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$pkg"
 done

@@ -6,8 +6,8 @@
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 "$top/host/deps.sh"
-cmake -S "$top" -B "$top/build" -DBUILD_TESTING=OFF > /dev/null
-cmake --build "$top/build" -j "$(nproc 2>/dev/null || echo 2)" > /dev/null
+cmake -S "$top" -B "$top/build" > /dev/null
+cmake --build "$top/build" -j "$(nproc 2>/dev/null || echo 2)" --target wlanSyncTool wlanFramework > /dev/null
 R=${1:-$(mktemp -u /tmp/wlansync-ap-XXXXXX)}
 ap() { sh "$top/sim/ap" "$@"; }
 ap create "$R"
