@@ -27,7 +27,7 @@ if [ ! -f "$sysroot/usr/include/sqlite3.h" ] || [ ! -d "$sysroot/usr/lib/arm-lin
     for deb in "$build"/debs/*.deb; do dpkg -x "$deb" "$sysroot"; done
 fi
 cmake -S "$top" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$top/cmake/arm-linux-gnueabihf.cmake" \
-    -DWLANSYNC_SYSROOT="$sysroot" >/dev/null
+    -DWLANSYNC_SYSROOT="$sysroot" -DBUILD_TESTING=ON >/dev/null
 cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)"
 command -v file > /dev/null && file "$build/wlanSyncTool"
 status=0

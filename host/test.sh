@@ -9,7 +9,7 @@ top=$(cd "$(dirname "$0")/.." && pwd)
 jobs=$(nproc 2>/dev/null || echo 2)
 for variant in build:OFF build-asan:ON; do
     dir=$top/${variant%%:*}
-    cmake -S "$top" -B "$dir" -DWLANSYNC_SANITIZE="${variant##*:}" >/dev/null
+    cmake -S "$top" -B "$dir" -DBUILD_TESTING=ON -DWLANSYNC_SANITIZE="${variant##*:}" >/dev/null
     cmake --build "$dir" -j "$jobs"
     status=0
     (cd "$dir" && ctest --output-on-failure -j "$jobs" > ctest.log 2>&1) || status=$?

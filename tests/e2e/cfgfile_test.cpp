@@ -1,120 +1,118 @@
-// Configuration-file edits on a real file in a sandbox.
-#include <gtest/gtest.h>
-
+// Configuration-file edits on a real file in a sandbox, and driver commands through the stand-in utility.
 #include "cfgfile/cfgfile.h"
+#include "driver/driver.h"
 #include "sandbox.h"
 
 namespace {
 
-int countContaining(const std::vector<std::string>& lines, const std::string& text) {
-    int n = 0;
-    for (const auto& line : lines) n += line.find(text) != std::string::npos;
-    return n;
-}
-
 TEST(UpdateCfgFile, EachKeyClassRewritesItsLineLast) {
-    struct Case {
-        const char* ifname;
-        const char* key;
-        int intValue;
-        const char* text;
-        const char* lastLine;
-        const char* gone;  // no line but the last contains this
-    } cases[] = {
-        {"vap1", "SSID", -1, "my net's $(x)", "SSID2=my net's $(x)", "SSID2"},
-        {"vap0", "AccessPolicy", 1, nullptr, "AccessPolicy0=1", "AccessPolicy0"},
-        {"vap3", "WPAPSK", -1, "secret", "WPAPSK4=secret", "WPAPSK4"},
-        {"vap2", "Key1Str", -1, "k", "Key1Str3=k", "Key1Str3"},
-        {"vap0", "Channel", 6, nullptr, "Channel=6", "Channel="},
-        {"vap0", "Channel", 0, "ignored", "Channel=0", "Channel="},
-        {"vap2", "HideSSID", 1, nullptr, "HideSSID=0;0;1;0", "HideSSID"},
-        {"vap3", "RekeyInterval", -7, nullptr, "RekeyInterval=-7", "RekeyInterval="},
-    };
-    for (const Case& c : cases) {
-        kit::Sandbox box;
-        box.enter();
-        size_t before = box.cfgLines().size();
-        EXPECT_EQ(update_cfg_file(c.ifname, c.key, c.intValue, c.text), 0) << c.key;
-        auto lines = box.cfgLines();
-        EXPECT_EQ(lines.back(), c.lastLine);
-        EXPECT_EQ(countContaining(lines, c.gone), 1) << c.key;
-        EXPECT_EQ(lines.size(), before) << c.key;
-        EXPECT_EQ(box.log(), "");
-    }
-}
-
-TEST(UpdateCfgFile, ListKeysCarryThePassThroughLinesAlong) {
     kit::Sandbox box;
     box.enter();
+    size_t before = box.cfgLines().size();
+    // {ifname, key, number, text, the new last line, found on no other line}
+    for (auto [ifname, key, number, text, last, gone] :
+         {std::tuple<const char*, const char*, int, const char*, const char*, const char*>{
+              "vap1", "SSID", -1, "my net's $(x)", "SSID2=my net's $(x)", "SSID2"},
+          {"vap0", "AccessPolicy", 1, nullptr, "AccessPolicy0=1", "AccessPolicy0"},
+          {"vap3", "WPAPSK", -1, "secret", "WPAPSK4=secret", "WPAPSK4"},
+          {"vap2", "Key1Str", -1, "k", "Key1Str3=k", "Key1Str3"},
+          {"vap0", "Channel", 6, nullptr, "Channel=6", "Channel="},
+          {"vap0", "Channel", 0, "ignored", "Channel=0", "Channel="},
+          {"vap2", "HideSSID", 1, nullptr, "HideSSID=0;0;1;0", "HideSSID"},
+          {"vap3", "RekeyInterval", -7, nullptr, "RekeyInterval=-7", "RekeyInterval="}}) {
+        EXPECT_EQ(update_cfg_file(ifname, key, number, text), 0) << key;
+        auto lines = box.cfgLines();
+        EXPECT_EQ(lines.back(), last);
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                                [&](const std::string& l) { return l.find(gone) != std::string::npos; }), 1) << key;
+        EXPECT_EQ(lines.size(), before) << key;
+    }
+    EXPECT_EQ(box.log(), "");
+
+    // A list key's extract also holds the lines whose keys contain it: they are carried along.
     box.setCfg("A=1\nEncrypType=NONE;NONE;NONE;NONE\nB=2\nWdsEncrypType=NONE\nMeshEncrypType=NONE\n");
     update_cfg_file("vap1", "EncrypType", -1, "AES");
-    EXPECT_EQ(box.cfg(),
-              "A=1\nB=2\nEncrypType=NONE;AES;NONE;NONE\nWdsEncrypType=NONE\n\nMeshEncrypType=NONE\n\n");
+    EXPECT_EQ(box.cfg(), "A=1\nB=2\nEncrypType=NONE;AES;NONE;NONE\nWdsEncrypType=NONE\n\nMeshEncrypType=NONE\n\n");
 }
 
 TEST(UpdateCfgFile, RefusesWhatItCannotWrite) {
-    struct Case {
-        const char* ifname;
-        const char* text;
-        const char* record;
-    } cases[] = {
-        {"vap4", "x", "[8] update_cfg_file:441: Invalid interface called (vap4).\n"},
-        {"vap9", "x", "[8] update_cfg_file:441: Invalid interface called (vap9).\n"},
-        {"vap", "x", "[8] update_cfg_file:441: Invalid interface called (vap).\n"},
-        {"ra0", "x", "[8] update_cfg_file:433: Interface called is not a VAP (ra0).\n"},
-        {"wds0", "x", "[8] update_cfg_file:433: Interface called is not a VAP (wds0).\n"},
-        {"vap0", "a\nInjected=1", "[8] update_cfg_file:447: Value of SSID holds a line end: not written.\n"},
-    };
-    for (const Case& c : cases) {
+    for (auto [ifname, text, record] :
+         {std::tuple{"vap4", "x", "[8] update_cfg_file:441: Invalid interface called (vap4).\n"},
+          {"vap", "x", "[8] update_cfg_file:441: Invalid interface called (vap).\n"},
+          {"wds0", "x", "[8] update_cfg_file:433: Interface called is not a VAP (wds0).\n"},
+          {"vap0", "a\nInjected=1", "[8] update_cfg_file:447: Value of SSID holds a line end: not written.\n"}}) {
         kit::Sandbox box;
         box.enter();
         std::string before = box.cfg();
-        EXPECT_NE(update_cfg_file(c.ifname, "SSID", -1, c.text), 0);
-        EXPECT_EQ(box.cfg(), before) << c.ifname;
-        EXPECT_EQ(box.log(), c.record);
+        EXPECT_NE(update_cfg_file(ifname, "SSID", -1, text), 0);
+        EXPECT_EQ(box.cfg(), before) << ifname;
+        EXPECT_EQ(box.log(), record);
     }
-}
-
-TEST(UpdateCfgFile, MissingFileIsLoggedAndNotCreated) {
+    // WDS slots run from 1 to 4; setting and clearing them is met through the WDS handlers.
     kit::Sandbox box;
     box.enter();
-    std::remove(box.cfgPath().c_str());
-    EXPECT_NE(update_cfg_file("vap0", "Channel", 6, nullptr), 0);
-    EXPECT_EQ(kit::readFile(box.cfgPath()), "");
-    EXPECT_NE(box.log().find("Cannot rewrite"), std::string::npos);
-}
-
-TEST(UpdateCfgFile, AccessControlListTogglesAddresses) {
-    kit::Sandbox box;
-    box.enter();
-    const char* steps[][2] = {
-        {"AA:AA:AA:AA:AA:01", "AccessControlList0=AA:AA:AA:AA:AA:01"},
-        {"AA:AA:AA:AA:AA:02", "AccessControlList0=AA:AA:AA:AA:AA:01;AA:AA:AA:AA:AA:02"},
-        {"AA:AA:AA:AA:AA:02", "AccessControlList0=AA:AA:AA:AA:AA:01;"},
-    };
-    for (auto& step : steps) {
-        update_cfg_file("vap0", "AccessControlList", -1, step[0]);
-        EXPECT_EQ(box.cfgLines().back(), step[1]);
-    }
-}
-
-TEST(WdsList, SlotsAreSetAndClearedInPlace) {
-    kit::Sandbox box;
-    box.enter();
-    const std::string zero = "00:00:00:00:00:00";
-    EXPECT_EQ(dot11WdsAddMac(2, "02:00:00:00:00:02"), 0);
-    EXPECT_EQ(box.cfgLines().back(), "WdsList=" + zero + ";02:00:00:00:00:02;" + zero + ";" + zero);
-    EXPECT_EQ(dot11WdsAddMac(4, "04:00:00:00:00:04"), 0);
-    EXPECT_EQ(dot11WdsDelMac(4), 0);
-    EXPECT_EQ(box.cfgLines().back(), "WdsList=" + zero + ";02:00:00:00:00:02;" + zero + ";" + zero);
-
     std::string before = box.cfg();
-    EXPECT_EQ(dot11WdsAddMac(5, "05:00:00:00:00:05"), -1);
-    EXPECT_EQ(dot11WdsAddMac(0, "05:00:00:00:00:05"), -1);
+    for (int slot : {0, 5})
+        EXPECT_TRUE(dot11WdsAddMac(slot, "05:00:00:00:00:05") == -1 && dot11WdsDelMac(slot) == -1) << slot;
     EXPECT_EQ(dot11WdsAddMac(1, nullptr), -1);
-    EXPECT_EQ(dot11WdsDelMac(5), -1);
     EXPECT_EQ(box.cfg(), before);
     EXPECT_EQ(box.log(), "");
+}
+
+TEST(SetMode, SendsAndWritesEachStep) {
+    using Lines = std::vector<std::string>;
+    // {mode, settings sent, the file's last lines}
+    for (auto [keyword, sent, last] :
+         {std::tuple{"na", Lines{"WirelessMode=8", "Ht_Bw=0"}, Lines{"WirelessMode=8", "HT_BW=0"}},
+          {"g only", {"WirelessMode=4", "HtBw=0"}, {"WirelessMode=4", "HT_BW=0"}},
+          {"ng40+", {"WirelessMode=7", "HtBw=1", "HtExtcha=0"}, {"WirelessMode=7", "HT_BW=1", "HT_EXTCHA=0"}},
+          {"na40-", {"WirelessMode=8", "HtBw=1", "HtExtcha=1"}, {"WirelessMode=8", "HT_BW=1", "HT_EXTCHA=1"}}}) {
+        kit::Sandbox box;
+        box.enter();
+        EXPECT_EQ(dot11SetMode("vap0", dot11ModeStrToVal(keyword)), 0);
+        EXPECT_EQ(box.calls(), box.sets("vap0", sent)) << keyword;
+        auto lines = box.cfgLines();
+        EXPECT_EQ(Lines(lines.end() - last.size(), lines.end()), last) << keyword;
+        if (sent.size() == 2) {  // no extension channel: its line stays where it was
+            EXPECT_NE(box.cfg().find("\nHT_EXTCHA=0\nHT_LinkAdapt"), std::string::npos) << keyword;
+        }
+    }
+}
+
+TEST(SetMode, RefusesTurboAAndUnknownCodesAndTheLastCommandDecides) {
+    kit::Sandbox box;
+    box.enter();
+    std::string before = box.cfg();
+    EXPECT_EQ(dot11SetMode("vap0", 0x50000), -1);
+    EXPECT_EQ(box.log(), "");
+    EXPECT_EQ(dot11SetMode("vap0", -1), -1);
+    EXPECT_EQ(box.log(), "[8] dot11SetMode:2838: Invalid mode value : -1.\n");
+    EXPECT_EQ(dot11SetMode(nullptr, 0x10000), -1);
+    EXPECT_TRUE(box.calls().empty());
+    EXPECT_EQ(box.cfg(), before);
+
+    // The last command decides; names that are no VAP's still reach the driver.
+    box.failOn("WirelessMode=");
+    EXPECT_EQ(dot11SetMode("wds0", 0x30000), 0);  // the bandwidth command succeeded
+    EXPECT_EQ(box.calls().size(), 2u);
+    EXPECT_NE(box.log().find("Interface called is not a VAP (wds0)"), std::string::npos);
+    box.failOn("HtBw=");
+    EXPECT_EQ(dot11SetMode("vap0", 0x30000), 7);
+}
+
+// The file's list changes only when it does not yet say what the driver is told.
+TEST(AccessList, AddingAPresentOrRemovingAnAbsentAddressKeepsTheList) {
+    kit::Sandbox box;
+    box.enter();
+    EXPECT_EQ(dot11AclDelMac("vap1", nullptr), -1);
+    EXPECT_EQ(dot11AclAddMac(nullptr, "AA"), -1);
+    EXPECT_TRUE(box.calls().empty());
+    EXPECT_EQ(dot11AclAddMac("vap1", "00:00:00:00:00:01"), 0);
+    EXPECT_EQ(dot11AclAddMac("vap1", "00:00:00:00:00:01"), 0);
+    EXPECT_EQ(box.cfgLines().back(), "AccessControlList1=00:00:00:00:00:01");
+    EXPECT_EQ(dot11AclDelMac("vap1", "00:00:00:00:00:02"), 0);
+    EXPECT_EQ(box.cfgLines().back(), "AccessControlList1=00:00:00:00:00:01");
+    EXPECT_EQ(box.calls().back(), box.set("vap1") + "ACLDelEntry=00:00:00:00:00:02");
 }
 
 }  // namespace

@@ -1,14 +1,13 @@
 #include "sandbox.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <fcntl.h>
+#include <cstring>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <spawn.h>
 #include <sqlite3.h>
 #include <sstream>
 #include <sys/wait.h>
-#include <unistd.h>
 
 extern char** environ;
 
@@ -16,55 +15,48 @@ namespace kit {
 
 std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
-void writeFile(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
+void writeFile(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+
+std::string sqlText(const std::string& text) {
+    std::string quoted = "'";
+    for (char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
+    return quoted + "'";
 }
 
 Sandbox::Sandbox(const std::string& seedSql) {
     char dir[] = "/tmp/wlansync-XXXXXX";
     root_ = mkdtemp(dir);
-    std::string command = std::string(WLANSYNC_HOSTKIT) + "/sandbox.sh " + root_;
-    if (std::system(command.c_str()) != 0) ADD_FAILURE() << "sandbox.sh failed";
-    if (!seedSql.empty()) sql(seedSql);
+    if (std::system((std::string(WLANSYNC_HOSTKIT) + "/sandbox.sh " + root_).c_str()) != 0)
+        ADD_FAILURE() << "sandbox.sh failed";
+    sql(seedSql);
 }
 
-Sandbox::~Sandbox() {
-    if (!getenv("KEEP_SANDBOX")) std::system(("rm -rf " + root_).c_str());
-}
+Sandbox::~Sandbox() { if (!getenv("KEEP_SANDBOX")) std::system(("rm -rf " + root_).c_str()); }
 
-void Sandbox::sql(const std::string& statements) const {
+std::string Sandbox::sql(const std::string& statements) const {
     sqlite3* handle = nullptr;
     char* error = nullptr;
+    std::string first;
+    auto keepFirst = [](void* out, int, char** values, char**) {
+        auto& first = *static_cast<std::string*>(out);
+        if (first.empty() && values[0]) first = values[0];
+        return 0;
+    };
     sqlite3_open(db().c_str(), &handle);
-    if (sqlite3_exec(handle, statements.c_str(), nullptr, nullptr, &error) != SQLITE_OK)
+    if (sqlite3_exec(handle, statements.c_str(), keepFirst, &first, &error) != SQLITE_OK)
         ADD_FAILURE() << "SQL failed: " << (error ? error : "?") << "\n" << statements;
     sqlite3_free(error);
     sqlite3_close(handle);
-}
-
-std::string Sandbox::value(const std::string& query) const {
-    sqlite3* handle = nullptr;
-    sqlite3_stmt* statement = nullptr;
-    std::string result;
-    sqlite3_open(db().c_str(), &handle);
-    if (sqlite3_prepare_v2(handle, query.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
-        sqlite3_step(statement) == SQLITE_ROW && sqlite3_column_text(statement, 0))
-        result = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-    sqlite3_finalize(statement);
-    sqlite3_close(handle);
-    return result;
+    return first;
 }
 
 void Sandbox::interfaces(const std::vector<std::pair<std::string, std::string>>& taps) {
     tapScript_.clear();
     for (const auto& [name, mac] : taps)
-        tapScript_ += "ip tuntap add dev " + name + " mode tap && ip link set " + name +
-                      " address " + mac + " && ";
+        tapScript_ += "ip tuntap add dev " + name + " mode tap && ip link set " + name + " address " + mac + " && ";
 }
 
 void Sandbox::failOn(const std::string& pattern) const {
@@ -72,24 +64,17 @@ void Sandbox::failOn(const std::string& pattern) const {
 }
 
 Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0) const {
-    std::vector<std::string> env = {"WLANSYNC_ROOT=" + root_,
-                                    "PATH=" + root_ + "/bin:" + getenv("PATH")};
-    for (char** e = environ; *e; ++e) {
-        std::string var = *e;
-        if (var.rfind("WLANSYNC_ROOT=", 0) != 0 && var.rfind("PATH=", 0) != 0) env.push_back(var);
-    }
+    std::vector<std::string> env = {"WLANSYNC_ROOT=" + root_, "PATH=" + root_ + "/bin:" + getenv("PATH")};
+    for (char** e = environ; *e; ++e)
+        if (std::strncmp(*e, "WLANSYNC_ROOT=", 14) != 0 && std::strncmp(*e, "PATH=", 5) != 0) env.push_back(*e);
     // The tool itself, or (cross builds) the emulator running it under argv0.
     std::vector<std::string> words;
-    std::string program = WLANSYNC_TOOL;
     std::istringstream emulator(WLANSYNC_TOOL_EMULATOR);
     for (std::string word; std::getline(emulator, word, '|');)
         if (!word.empty()) words.push_back(word);
-    if (words.empty()) {
-        words = {argv0};
-    } else {
-        program = words[0];
-        words.insert(words.end(), {"-0", argv0, WLANSYNC_TOOL});
-    }
+    std::string program = words.empty() ? std::string(WLANSYNC_TOOL) : words[0];
+    if (words.empty()) words = {argv0};
+    else words.insert(words.end(), {"-0", argv0, WLANSYNC_TOOL});
     words.insert(words.end(), args.begin(), args.end());
     if (!tapScript_.empty()) {
         // unshare -n sh -c '<make taps>; exec "$@"' sh <program> <args>
@@ -97,11 +82,13 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
         words.insert(words.begin(), {"unshare", "-n", "sh", "-c", tapScript_ + "exec \"$@\"", "sh"});
         program = "unshare";
     }
-    std::vector<char*> envp, argv;
-    for (auto& v : env) envp.push_back(v.data());
-    envp.push_back(nullptr);
-    for (auto& w : words) argv.push_back(w.data());
-    argv.push_back(nullptr);
+    auto pointers = [](std::vector<std::string>& strings) {
+        std::vector<char*> p;
+        for (auto& s : strings) p.push_back(s.data());
+        p.push_back(nullptr);
+        return p;
+    };
+    std::vector<char*> envp = pointers(env), argv = pointers(words);
 
     int out[2];
     if (pipe(out) != 0) return {-1, ""};
@@ -123,32 +110,32 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output};
 }
 
-Run Sandbox::change(int opType, const std::string& table, long rowId,
-                    const std::vector<std::string>& prior) const {
+Run Sandbox::change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior) const {
     std::vector<std::string> args = {db(), std::to_string(opType), table, std::to_string(rowId)};
     args.insert(args.end(), prior.begin(), prior.end());
     return tool(args);
 }
 
-std::vector<std::string> Sandbox::calls() const {
+static std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> lines;
-    std::istringstream in(readFile(root_ + "/calls.log"));
-    for (std::string line; std::getline(in, line);) {
-        for (char& c : line)
-            if (c == '\t') c = ' ';
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-std::string Sandbox::cfg() const { return readFile(cfgPath()); }
-
-std::vector<std::string> Sandbox::cfgLines() const {
-    std::vector<std::string> lines;
-    std::istringstream in(cfg());
+    std::istringstream in(text);
     for (std::string line; std::getline(in, line);) lines.push_back(line);
     return lines;
 }
+
+std::vector<std::string> Sandbox::calls() const {
+    auto calls = lines(readFile(root_ + "/calls.log"));
+    for (auto& call : calls) std::replace(call.begin(), call.end(), '\t', ' ');
+    return calls;
+}
+
+std::vector<std::string> Sandbox::sets(const std::string& ifname, const std::vector<std::string>& settings) const {
+    std::vector<std::string> lines;
+    for (const auto& setting : settings) lines.push_back(set(ifname) + setting);
+    return lines;
+}
+
+std::vector<std::string> Sandbox::cfgLines() const { return lines(cfg()); }
 
 std::string Sandbox::cfgLine(const std::string& prefix) const {
     std::string found;
@@ -157,14 +144,17 @@ std::string Sandbox::cfgLine(const std::string& prefix) const {
     return found;
 }
 
-void Sandbox::setCfg(const std::string& text) const { writeFile(cfgPath(), text); }
 
-std::string Sandbox::log() const { return readFile(root_ + "/var/log/wlanSyncTool.log"); }
 
 void Sandbox::enter() const {
     setenv("WLANSYNC_ROOT", root_.c_str(), 1);
     static const std::string hostPath = getenv("PATH");
     setenv("PATH", (root_ + "/bin:" + hostPath).c_str(), 1);
+}
+
+std::string Sandbox::armed(std::string text) const {
+    for (size_t at; (at = text.find("PWNED")) != std::string::npos;) text.replace(at, 5, root_ + "/pwned");
+    return text;
 }
 
 }  // namespace kit

@@ -2,20 +2,22 @@
 // programs that record their calls, and a database with the full schema.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace kit {
 
-struct Run {
-    int status;          // exit status as the shell sees it
-    std::string output;  // standard output
-};
+std::string readFile(const std::string& path);
+void writeFile(const std::string& path, const std::string& text);
+std::string sqlText(const std::string& text);  // text as an SQL string literal
+
+struct Run { int status; std::string output; };  // exit status as the shell sees it; standard output
 
 class Sandbox {
 public:
-    // seedSql runs on the new database after the schema.
-    explicit Sandbox(const std::string& seedSql = "");
+    explicit Sandbox(const std::string& seedSql = "");  // seedSql runs after the schema
     ~Sandbox();
 
     const std::string& root() const { return root_; }
@@ -27,37 +29,40 @@ public:
     // path it is started under (the real binary runs whatever it says).
     Run tool(const std::vector<std::string>& args, const std::string& argv0 = WLANSYNC_TOOL) const;
     // Runs the tool as the framework does: db, opType, table, rowId, prior row.
-    Run change(int opType, const std::string& table, long rowId,
-               const std::vector<std::string>& prior = {}) const;
+    Run change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior = {}) const;
 
     // From now on the tool runs in a private network namespace holding tap
     // devices with these names and MAC addresses, so that it reads real ones.
     void interfaces(const std::vector<std::pair<std::string, std::string>>& taps);
 
-    void sql(const std::string& statements) const;
-    // The first value of the first row of a query ("" when there is none).
-    std::string value(const std::string& query) const;
+    // Runs SQL statements; returns the first value of the first row they give ("" if none).
+    std::string sql(const std::string& statements) const;
     // Stand-in calls whose "program args" text contains pattern fail with 7.
     void failOn(const std::string& pattern) const;
 
     // Stand-in calls so far, one per line, arguments joined by single blanks.
     std::vector<std::string> calls() const;
-    std::string cfg() const;
+    // The driver utility's calls "<iwpriv> ifname set <setting>", one per setting.
+    std::string set(const std::string& ifname) const { return iwpriv() + " " + ifname + " set "; }
+    std::vector<std::string> sets(const std::string& ifname, const std::vector<std::string>& settings) const;
+    std::string cfg() const { return readFile(cfgPath()); }
     std::vector<std::string> cfgLines() const;
     // The last configuration-file line that begins with prefix ("" if none).
     std::string cfgLine(const std::string& prefix) const;
-    void setCfg(const std::string& text) const;
-    std::string log() const;
+    void setCfg(const std::string& text) const { writeFile(cfgPath(), text); }
+    std::string log() const { return readFile(root_ + "/var/log/wlanSyncTool.log"); }
 
     // Points this process at the sandbox, for calls into the tool's code.
     void enter() const;
+
+    // text with each "PWNED" replaced by a path that only "touch PWNED" run
+    // by a shell would create; pwned() tells whether it exists.
+    std::string armed(std::string text) const;
+    bool pwned() const { return access((root_ + "/pwned").c_str(), F_OK) == 0; }
 
 private:
     std::string root_;
     std::string tapScript_;
 };
-
-std::string readFile(const std::string& path);
-void writeFile(const std::string& path, const std::string& text);
 
 }  // namespace kit
