@@ -42,14 +42,8 @@ bool eapLine(const Rows& vlans, std::string& line) {
 
 // Every line naming EAPifname dropped, the new one appended last.
 void writeEapLine(const std::string& line) {
-    using namespace wlan::cfg;
-    std::string cfg = cfgPath(), rebuild = rebuildPath();
-    if (!copyLines(cfg.c_str(), rebuild.c_str(), {wlan::auth::kEapKey}, false) ||
-        !appendLine(rebuild.c_str(), line)) {
-        wlan::logMsg(wlan::auth::kEapCfgUnreadable, cfg.c_str());
-        return;
-    }
-    replaceCfgFile(rebuild.c_str());
+    if (!wlan::cfg::replaceLines({wlan::auth::kEapKey}, {line}))
+        wlan::logMsg(wlan::auth::kEapCfgUnreadable, wlan::cfg::cfgPath().c_str());
 }
 
 }  // namespace

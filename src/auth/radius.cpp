@@ -74,15 +74,12 @@ bool writeRadiusLines(const std::vector<CfgLine>& lines) {
             return false;
         }
     }
-    std::string cfg = wlan::cfg::cfgPath(), rebuild = wlan::cfg::rebuildPath();
-    bool written = wlan::cfg::copyLines(cfg.c_str(), rebuild.c_str(),
-                                        {auth::kRadiusServerKey, auth::kRadiusPortKey,
-                                         auth::kRadiusSecretKey, auth::kOwnAddressKey},
-                                        false);
-    for (size_t i = 0; written && i < lines.size(); ++i)
-        written = wlan::cfg::appendLine(rebuild.c_str(), lines[i].text);
-    if (!written || wlan::cfg::replaceCfgFile(rebuild.c_str()) != 0) {
-        wlan::logMsg(auth::kRadiusCfgUnreadable, cfg.c_str());
+    std::vector<std::string> texts;
+    for (const CfgLine& line : lines) texts.push_back(line.text);
+    if (!wlan::cfg::replaceLines({auth::kRadiusServerKey, auth::kRadiusPortKey,
+                                  auth::kRadiusSecretKey, auth::kOwnAddressKey},
+                                 texts)) {
+        wlan::logMsg(auth::kRadiusCfgUnreadable, wlan::cfg::cfgPath().c_str());
         return false;
     }
     return true;

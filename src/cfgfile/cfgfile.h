@@ -9,6 +9,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 extern "C" {
 
@@ -51,6 +52,11 @@ bool copyLines(const char* src, const char* dst, std::initializer_list<const cha
 // extract file (when wanted), the others to the rebuild file.  Logs and
 // returns false when it cannot be done; the configuration file is untouched.
 bool splitCfg(const char* needle, bool wantExtract);
+
+// Whole-line rewrite: every line holding one of the needles dropped, the new
+// lines appended last, the result moved over the configuration file.  False,
+// with the file untouched, when that cannot be done.
+bool replaceLines(std::initializer_list<const char*> needles, const std::vector<std::string>& lines);
 
 // echo 'line' >> file.
 bool appendLine(const char* file, const std::string& line);

@@ -66,6 +66,14 @@ bool splitCfg(const char* needle, bool wantExtract) {
     return true;
 }
 
+bool replaceLines(std::initializer_list<const char*> needles, const std::vector<std::string>& lines) {
+    std::string cfg = cfgPath(), rebuild = rebuildPath();
+    if (!copyLines(cfg.c_str(), rebuild.c_str(), needles, false)) return false;
+    for (const std::string& line : lines)
+        if (!appendLine(rebuild.c_str(), line)) return false;
+    return replaceCfgFile(rebuild.c_str()) == 0;
+}
+
 bool appendLine(const char* file, const std::string& line) {
     File out(std::fopen(file, "a"));
     if (!out) return false;
