@@ -31,18 +31,23 @@ TEST(Invocation, NamesArgumentsAndTablesThatCannotBeHandledGiveMinusOne) {
 }
 
 // What the handler was given.
-struct Seen { int opType, nRows; int64_t rowId; std::string mac; const char* priorMac; } seen;
+struct Seen { int opType, nCols, nRows; int64_t rowId; char** table; std::string mac; const char* priorMac; } seen;
 
 int recordingHandler(const char*, int opType, int64_t rowId, char** table, int nCols, int nRows, char** prior) {
-    seen = {opType, nRows, rowId, queryResValueGet(table, nCols, 0, "macAddress"),
+    seen = {opType, nCols, nRows, rowId, table, table ? queryResValueGet(table, nCols, 0, "macAddress") : "",
             queryResValueGet(prior, nCols, 0, "macAddress")};
     return 42;
 }
 
-// Deleted rows, only on the command line, are met through the table handlers.
-TEST(Dispatch, HandsTheChangedRowAndAPaddedPriorRowToTheHandler) {
+TEST(Dispatch, HandsTheRowOrThePriorRowToTheHandler) {
     kit::Sandbox box("INSERT INTO dot11ACL (rowid, vapName, macAddress) VALUES (-5, 'ap1', 'M');");
     const TblHandlerEntry handlers[] = {{"dot11ACL", recordingHandler}, {nullptr, nullptr}};
+    char* five[] = {(char*)"a", (char*)"b", (char*)"1", (char*)"2", (char*)"odd", nullptr};
+    EXPECT_EQ(wlan::dispatchTo(handlers, box.db().c_str(), 9, "dot11ACL", 3, five, 5), 42);
+    EXPECT_EQ(seen.table, nullptr);  // a deleted row is only on the command line: one row of name-value pairs
+    EXPECT_EQ(seen.nCols, 2);
+    EXPECT_EQ(seen.nRows, 1);
+
     char* noPrior[] = {nullptr};
     EXPECT_EQ(wlan::dispatchTo(handlers, box.db().c_str(), 0, "dot11ACL", -5, noPrior, 0), 42);
     EXPECT_EQ(seen.opType, 0);
