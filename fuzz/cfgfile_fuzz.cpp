@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "cfgfile/cfgfile.h"
+#include "sandbox.h"
 
 namespace {
 
@@ -22,8 +23,7 @@ std::string slurp() {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    char dir[] = "/tmp/wlansync-fuzz-XXXXXX";
-    std::string root = mkdtemp(dir);
+    std::string root = fuzzSandbox();
     mkdir((root + "/etc").c_str(), 0755);
     mkdir((root + "/etc/Wireless").c_str(), 0755);
     mkdir((root + "/etc/Wireless/RT2860AP").c_str(), 0755);
