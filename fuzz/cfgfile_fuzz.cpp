@@ -13,10 +13,11 @@
 #include <sys/stat.h>
 
 #include "cfgfile/cfgfile.h"
+#include "sandbox.h"
 
 namespace {
 
-std::string root, cfg;
+std::string cfg;
 
 std::string slurp() {
     std::ifstream in(cfg, std::ios::binary);
@@ -92,16 +93,10 @@ std::pair<std::string, int> sought(const std::string& key, int idx) {
     return {key + "=", 1};
 }
 
-void removeRoot() { std::filesystem::remove_all(root); }
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    // In memory where there is one: every edit syncs its file.
-    char shm[] = "/dev/shm/wlansync-fuzz-XXXXXX", tmp[] = "/tmp/wlansync-fuzz-XXXXXX";
-    const char* made = mkdtemp(shm);
-    root = made ? made : mkdtemp(tmp);
-    std::atexit(removeRoot);
+    std::string root = fuzzSandbox();
     std::filesystem::create_directories(root + "/etc/Wireless/RT2860AP");
     setenv("WLANSYNC_ROOT", root.c_str(), 1);
     cfg = root + "/etc/Wireless/RT2860AP/RT2860AP.dat";
