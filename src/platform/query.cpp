@@ -4,6 +4,7 @@
 #include <time.h>
 
 #include "platform/platform.h"
+#include "platform/trace.h"
 
 namespace {
 
@@ -92,6 +93,7 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     char* error = nullptr;
     int rows = 0, cols = 0;
     int rc = sqlite3_get_table(db, statement, &table, &rows, &cols, &error);
+    wlan::trace::statement(statement, rows, rc == SQLITE_OK ? nullptr : error ? error : "");
     sqlite3_free(error);
     if (rc != SQLITE_OK) {
         sqlite3_free_table(table);
@@ -112,6 +114,7 @@ void shareConnection(sqlite3* db, const char* dbFile) {
     if (!db || !dbFile || stat(dbFile, &shared.id) != 0) return;
     shared.db = db;
     shared.file = dbFile;
+    trace::writesOn(db);  // the one write, the MAC address store, runs on it
 }
 
 }  // namespace wlan
