@@ -13,14 +13,25 @@ namespace wlan::trace {
 
 namespace {
 
+// The trace's words, all in one place.
 constexpr char kVariable[] = "WLANSYNC_TRACE";
 constexpr char kPrefix[] = "trace: ";
 constexpr char kMask[] = "***";
+constexpr char kSql[] = "sql ";
+constexpr char kRun[] = "run";
+constexpr char kFile[] = "file ";
+constexpr char kResult[] = " -> ";
+constexpr char kFailed[] = "failed: ";
+constexpr char kChanged[] = " changed";
+constexpr char kUnchanged[] = " unchanged";
+constexpr char kDropped[] = " -";
+constexpr char kAdded[] = " +";
 
 // Keys whose values are secrets: pass phrases (WPAPSK, WPAPSK1..4), RADIUS
 // secrets (RADIUS_Key) and WDS keys (WdsKey), each with or without a
 // number; WEP keys are Key<n> and Key<n>Str<m>.
 constexpr const char* kSecretKeys[] = {"WPAPSK", "RADIUS_Key", "WdsKey"};
+constexpr std::string_view kWepKey = "Key", kWepKeyText = "Str";
 
 size_t digitsEnd(std::string_view text, size_t at) {
     while (at < text.size() && std::isdigit(static_cast<unsigned char>(text[at]))) ++at;
@@ -31,11 +42,13 @@ bool secretKey(std::string_view key) {
     for (std::string_view name : kSecretKeys)
         if (key.substr(0, name.size()) == name && digitsEnd(key, name.size()) == key.size())
             return true;
-    if (key.substr(0, 3) != "Key") return false;
-    size_t at = digitsEnd(key, 3);
-    if (at == 3) return false;
+    if (key.substr(0, kWepKey.size()) != kWepKey) return false;
+    size_t at = digitsEnd(key, kWepKey.size());
+    if (at == kWepKey.size()) return false;
     if (at == key.size()) return true;
-    return key.substr(at, 3) == "Str" && at + 3 < key.size() && digitsEnd(key, at + 3) == key.size();
+    size_t text = at + kWepKeyText.size();
+    return key.substr(at, kWepKeyText.size()) == kWepKeyText && text < key.size() &&
+           digitsEnd(key, text) == key.size();
 }
 
 // A control character as an escape, so that each trace line stays one line.
@@ -73,8 +86,7 @@ void appendWord(std::string& out, std::string_view word, bool quote = true) {
     out += '"';
 }
 
-// A setting or file line "Key=Value": the value masked when the key's is a
-// secret.
+// A setting or file line "Key=Value", the value masked when it is a secret.
 void appendItem(std::string& out, std::string_view item) {
     size_t eq = item.find('=');
     if (eq != std::string_view::npos && secretKey(item.substr(0, eq)))
@@ -117,9 +129,9 @@ std::vector<std::string> fileLines(const char* path) {
 int traceWrite(unsigned type, void*, void* stmt, void*) {
     auto* statement = static_cast<sqlite3_stmt*>(stmt);
     if (type != SQLITE_TRACE_PROFILE || sqlite3_stmt_readonly(statement)) return 0;
-    std::string line = "sql ";
+    std::string line = kSql;
     appendWord(line, sqlite3_sql(statement), false);
-    emit(line + " -> " + rowCount(sqlite3_changes(sqlite3_db_handle(statement))) + " changed");
+    emit(line + kResult + rowCount(sqlite3_changes(sqlite3_db_handle(statement))) + kChanged);
     return 0;
 }
 
@@ -135,11 +147,11 @@ bool on() {
 
 void statement(const char* text, int rows, const char* error) {
     if (!on()) return;
-    std::string line = "sql ";
+    std::string line = kSql;
     appendWord(line, text ? text : "", false);
-    line += " -> ";
+    line += kResult;
     if (error || rows < 0) {
-        line += "failed: ";
+        line += kFailed;
         appendWord(line, error ? error : "", false);
     } else {
         line += rowCount(rows);
@@ -153,12 +165,12 @@ void writesOn(sqlite3* db) {
 
 void run(const char* const argv[], int status) {
     if (!on() || !argv) return;
-    std::string line = "run";
+    std::string line = kRun;
     for (const char* const* arg = argv; *arg; ++arg) {
         line += ' ';
         appendItem(line, *arg);
     }
-    emit(line + " -> " + std::to_string(status));
+    emit(line + kResult + std::to_string(status));
 }
 
 void replacement(const char* path, const char* next) {
@@ -175,18 +187,18 @@ void replacement(const char* path, const char* next) {
         if (i < after.size()) {
             matched[i] = true;
         } else {
-            dropped += " -";
+            dropped += kDropped;
             appendItem(dropped, old);
         }
     }
     for (size_t i = 0; i < after.size(); ++i) {
         if (matched[i]) continue;
-        added += " +";
+        added += kAdded;
         appendItem(added, after[i]);
     }
-    std::string line = "file ";
+    std::string line = kFile;
     appendWord(line, path);
-    emit(line + (dropped.empty() && added.empty() ? " unchanged" : dropped + added));
+    emit(line + (dropped.empty() && added.empty() ? kUnchanged : dropped + added));
 }
 
 }  // namespace wlan::trace
