@@ -22,7 +22,7 @@ else
     mkdir -p "$tmp"
 fi
 trap 'rm -rf "$tmp"' EXIT
-for target in cfgline args cfgfile; do
+for target in args cfgfile; do
     corpus=$build/corpus/$target
     mkdir -p "$corpus"
     cp "$top"/fuzz/regressions/$target-* "$corpus"/ 2>/dev/null || true
