@@ -100,19 +100,4 @@ TEST(SetMode, RefusesTurboAAndUnknownCodesAndTheLastCommandDecides) {
     EXPECT_EQ(dot11SetMode("vap0", 0x30000), 7);
 }
 
-// The file's list changes only when it does not yet say what the driver is told.
-TEST(AccessList, AddingAPresentOrRemovingAnAbsentAddressKeepsTheList) {
-    kit::Sandbox box;
-    box.enter();
-    EXPECT_EQ(dot11AclDelMac("vap1", nullptr), -1);
-    EXPECT_EQ(dot11AclAddMac(nullptr, "AA"), -1);
-    EXPECT_TRUE(box.calls().empty());
-    EXPECT_EQ(dot11AclAddMac("vap1", "00:00:00:00:00:01"), 0);
-    EXPECT_EQ(dot11AclAddMac("vap1", "00:00:00:00:00:01"), 0);
-    EXPECT_EQ(box.cfgLines().back(), "AccessControlList1=00:00:00:00:00:01");
-    EXPECT_EQ(dot11AclDelMac("vap1", "00:00:00:00:00:02"), 0);
-    EXPECT_EQ(box.cfgLines().back(), "AccessControlList1=00:00:00:00:00:01");
-    EXPECT_EQ(box.calls().back(), box.set("vap1") + "ACLDelEntry=00:00:00:00:00:02");
-}
-
 }  // namespace

@@ -8,8 +8,6 @@ namespace {
 const char* kSeed = "INSERT INTO dot11VAP (vapName) VALUES ('ap1'), ('ap2'); INSERT INTO dot11Interface VALUES"
                     " ('vap0', 'ap1', 1, ''), ('vap1', 'ap2', 1, ''), ('vap3', 'ghost', 1, '');";
 
-std::vector<std::string> prior(std::string vap, std::string mac) { return {"vapName", "macAddress", vap, mac}; }
-
 // The address reaches driver and file byte for byte: no shell ever sees it.
 TEST(AclTable, InsertAddsAndDeleteRemovesTheAddressAsItStands) {
     kit::Sandbox box(kSeed);
@@ -20,7 +18,7 @@ TEST(AclTable, InsertAddsAndDeleteRemovesTheAddressAsItStands) {
     EXPECT_EQ(box.cfgLines().back(), "AccessControlList1=" + mac);
 
     box.sql("DELETE FROM dot11ACL;");
-    EXPECT_EQ(box.change(9, "dot11ACL", 1, prior("ap2", mac)).status, 0);
+    EXPECT_EQ(box.change(9, "dot11ACL", 1, kit::aclRow("ap2", mac)).status, 0);
     EXPECT_EQ(box.calls().back(), box.set("vap1") + "ACLDelEntry=" + mac);
     EXPECT_EQ(box.cfgLines().back(), "AccessControlList1=");
     EXPECT_FALSE(box.pwned());
@@ -34,7 +32,7 @@ TEST(AclTable, RowsThatCannotBeAppliedChangeNothingAndRefusalsAreTheExitStatus) 
     EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 255);  // null address
     EXPECT_EQ(box.change(18, "dot11ACL", 2).status, 255);  // no interface
     EXPECT_EQ(box.change(23, "dot11ACL", 3).status, 255);  // updated, not inserted
-    EXPECT_EQ(box.change(9, "dot11ACL", 4, prior("ghost", "M4")).status, 255);  // VAP gone
+    EXPECT_EQ(box.change(9, "dot11ACL", 4, kit::aclRow("ghost", "M4")).status, 255);  // VAP gone
     EXPECT_EQ(box.change(9, "dot11ACL", 4, {"vapName", "ap1"}).status, 255);     // no address
     EXPECT_TRUE(box.calls().empty());
     EXPECT_EQ(box.cfg(), before);
@@ -44,7 +42,7 @@ TEST(AclTable, RowsThatCannotBeAppliedChangeNothingAndRefusalsAreTheExitStatus) 
     EXPECT_EQ(box.change(18, "dot11ACL", 4).status, 0);
     EXPECT_EQ(box.cfgLines().back(), "AccessControlList3=M5");
     box.failOn("ACLDelEntry");  // a refused deletion is logged and is the exit status
-    EXPECT_EQ(box.change(9, "dot11ACL", 1, prior("ap1", "M1")).status, 7);
+    EXPECT_EQ(box.change(9, "dot11ACL", 1, kit::aclRow("ap1", "M1")).status, 7);
     EXPECT_EQ(box.log(), "[8] dot11ACLTblHandler:1176: Failed to delete mac address.\n");
 }
 

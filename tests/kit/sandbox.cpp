@@ -27,6 +27,24 @@ std::string sqlText(const std::string& text) {
     return quoted + "'";
 }
 
+std::string accessPointSeed() {
+    std::string dscp;
+    for (int d = 0; d < 64; ++d) dscp += ", dscpCosMap" + std::to_string(d) + "='Default'";
+    return "INSERT INTO dot11Card VALUES (1, 'rt2860');"
+           "INSERT INTO dot11Radio VALUES (1, 'wlan0', 1, 0, 6, '2.4GHz', 'ng', 0, 0, 0, 0);"
+           "INSERT INTO dot11Radio11n VALUES (1, '20', 0, 'long');"
+           "INSERT INTO dot11Profile (profileName, ssid, broadcastSSID, security, authMethods, pskPassAscii,"
+           " pairwiseCiphers, groupKeyUpdateInterval, pmksaLifetime, preAuthStatus) VALUES ('wpa', 'Office', 1,"
+           " 'WPA2', 'PSK', 'pass phrase', 'CCMP', 3600, 60, 0), ('open', 'Guest', 0, 'OPEN', NULL, NULL, NULL,"
+           " NULL, NULL, 0); UPDATE dot11Profile SET qosEnable=1, defaultCos='Video'" + dscp + " WHERE rowid=1;"
+           "INSERT INTO dot11VAP VALUES ('ap1', 1, 'wpa', '1', 32, 100, 1, 2347, 2346, 'Short', 3, 0, 'Deny'),"
+           " ('ap2', 1, 'open', '1', 16, 100, 1, 2347, 2346, 'Long', 1, 1, 'Open');"
+           "INSERT INTO dot11Interface VALUES ('vap0', 'ap1', 1, ''), ('vap1', 'ap2', 1, ''),"
+           " ('vap2', 'ap2', 1, ''), ('vap3', 'unused', 1, '');"
+           "INSERT INTO dot11ACL VALUES ('ap1', '00:0C:43:00:00:A'); INSERT INTO MulToUni VALUES (1);"
+           "INSERT INTO radiusClient VALUES ('10.0.0.5', '1812', 'secret');";
+}
+
 Sandbox::Sandbox(const std::string& seedSql) {
     char dir[] = "/tmp/wlansync-XXXXXX";
     root_ = mkdtemp(dir);

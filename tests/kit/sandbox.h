@@ -12,6 +12,13 @@ namespace kit {
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);
 std::string sqlText(const std::string& text);  // text as an SQL string literal
+using Args = std::vector<std::string>;
+// The prior row of a deleted dot11ACL row, as the framework passes it.
+inline Args aclRow(const std::string& vap, const std::string& mac) { return {"vapName", "macAddress", vap, mac}; }
+// Radio 1 and card 1; ap1 (WPA2-PSK "pass phrase", QoS on with every DSCP value in
+// the default class, ACL policy Deny) on vap0; ap2 (open, no broadcast) on vap1 and
+// vap2; vap3 unused; both VAPs enabled; one ACL row for ap1; MulToUni on; a RADIUS server.
+std::string accessPointSeed();
 
 struct Run { int status; std::string output, errors; };  // exit status as the shell sees it; standard output, standard error
 
@@ -50,6 +57,7 @@ public:
     }
     std::string cfg() const { return readFile(cfgPath()); }
     std::vector<std::string> cfgLines() const;
+    bool cfgHas(const std::string& line) const { return ("\n" + cfg()).find("\n" + line + "\n") != std::string::npos; }
     // The last configuration-file line that begins with prefix ("" if none).
     std::string cfgLine(const std::string& prefix) const;
     void setCfg(const std::string& text) const { writeFile(cfgPath(), text); }
