@@ -14,7 +14,7 @@ TEST(EapDaemonRestart, CyclesWirelessPortsAndRewritesEapIfname) {
     EXPECT_EQ(eapDaemonRestart(box.db().c_str()), 0);
     EXPECT_EQ(box.cfg(), "A=1\nB=2\nEAPifname=bdg1;bdg3;bdg10\n");
     Lines calls = {"killall rt2860apd", "ifconfig vap0 down", "ifconfig wds1 down", "ifconfig vap0 up",
-                   "ifconfig wds1 up", box.root() + "/mavo2.0/bin/rt2860apd"};
+                   "ifconfig wds1 up", box.daemon()};
     EXPECT_EQ(box.calls(), calls);
 
     box.sql("DELETE FROM vlanPortMgmt; DELETE FROM vlan;");
@@ -54,7 +54,7 @@ TEST(RadiusClient, InsertRewritesTheServersLastAndRestartsTheDaemon) {
     cfg.erase(cfg.find("RADIUS_Server="), cfg.find("PreAuthifname=") - cfg.find("RADIUS_Server="));
     EXPECT_EQ(box.change(18, "radiusClient", 1).status, 0);
     EXPECT_EQ(box.cfg(), cfg + "own_ip_addr=192.168.1.10\n" + server("192.168.1.5", "1812", "s") + "EAPifname=\n");
-    Lines restart = {"killall rt2860apd", "killall rt2860apd", box.root() + "/mavo2.0/bin/rt2860apd"};
+    Lines restart = {"killall rt2860apd", "killall rt2860apd", box.daemon()};
     EXPECT_EQ(box.calls(), restart);
 
     EXPECT_EQ(box.change(9, "radiusClient", 1, {"authserver", "192.168.1.5"}).status, 255);

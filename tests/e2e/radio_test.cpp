@@ -15,17 +15,16 @@ const std::string kZero = "00:00:00:00:00:00";
 
 // The prior radio row as the framework passes it: 11 names, then the values;
 // only the WDS switch, the last column, is read.
-std::vector<std::string> was(const std::string& wds) {
-    std::vector<std::string> row(22, "x");
+kit::Args was(const std::string& wds) {
+    kit::Args row(22, "x");
     row[10] = "wdsEnabled";
     row[21] = wds;
     return row;
 }
 
 TEST(RadioTable, ModeThenChannelFileBeforeDriver) {
-    for (auto [channel, command, tail] :
-         {std::tuple{"6", "Channel=6", "\nAutoChannelSelect=0\nChannel=6"},
-          std::tuple{"0", "AutoChannelSel=1", "\nAutoChannelSelect=1"}}) {
+    for (auto [channel, command, tail] : {std::tuple{"6", "Channel=6", "\nAutoChannelSelect=0\nChannel=6"},
+                                          {"0", "AutoChannelSel=1", "\nAutoChannelSelect=1"}}) {
         kit::Sandbox box(kSeed);
         box.sql(std::string("UPDATE dot11Radio SET configuredChannel=") + channel + ";");
         box.setCfg("Channel=9\nX=1\n");
@@ -44,8 +43,7 @@ TEST(RadioTable, ModeThenChannelFileBeforeDriver) {
 
 TEST(RadioTable, RowsThatApplyNothing) {
     const std::string ng = "UPDATE dot11Radio SET opMode='ng';";
-    struct Case { const char* table; std::string setup; int opType; std::vector<std::string> prior; int status; };
-    const Case cases[] = {
+    struct Case { const char* table; std::string setup; int opType; kit::Args prior; int status; } cases[] = {
         {"dot11Radio", "", 9, {}, 0}, {"dot11Radio", "UPDATE dot11Radio SET rogueAPEnabled=NULL;", 18, {}, 255},
         {"dot11Radio", "UPDATE dot11Radio SET dothMarkDfs=NULL;", 23, was("1"), 255},
         {"dot11Radio", "", 23, {}, 255},  // no prior switch value
@@ -67,13 +65,11 @@ TEST(RadioTable, RowsThatApplyNothing) {
 TEST(RadioTable, WdsSwitchReprogramsEveryPeer) {
     kit::Sandbox box(kSeed);
     EXPECT_EQ(box.change(23, "dot11Radio", 1, was("0")).status, 0);
-    for (std::string w : {"WdsEnable=1", "WdsEncrypType=AES", "WdsKey=secret"})
+    for (std::string w : kit::Args{"WdsEnable=1", "WdsEncrypType=AES", "WdsKey=secret", "WdsList=A1;A2;" + kZero + ";" + kZero})
         EXPECT_EQ(box.cfgLine(w.substr(0, w.find('=') + 1)), w);
-    EXPECT_EQ(box.cfgLine("WdsList="), "WdsList=A1;A2;" + kZero + ";" + kZero);
     auto calls = box.calls();  // wds2147483646: a slot no list holds
-    EXPECT_EQ(std::vector(calls.begin() + 3, calls.end()),
-              (std::vector<std::string>{"ifconfig wds0 up", "ifconfig wds1 up", "ifconfig wds2147483646 up",
-                                        "killall rt2860apd", box.root() + "/mavo2.0/bin/rt2860apd"}));
+    EXPECT_EQ(kit::Args(calls.begin() + 3, calls.end()), (kit::Args{"ifconfig wds0 up", "ifconfig wds1 up",
+              "ifconfig wds2147483646 up", "killall rt2860apd", box.daemon()}));
 
     box.sql("UPDATE dot11Radio SET wdsEnabled=0; UPDATE dot11WDSPeers SET pskPassAscii='new', pairwiseCipher='OPEN';");
     EXPECT_EQ(box.change(23, "dot11Radio", 1, was("1")).status, 0);
@@ -85,19 +81,19 @@ TEST(RadioTable, WdsSwitchReprogramsEveryPeer) {
                          "[8] dot11MgmtConfigWDS:3769: WDS delete failed for Peer : A9.\n");
 }
 
-TEST(RadioTable, BothHandlersCalledDirectlyAtVapStart) {
+// Pure 802.11n through its table; the VAP start calls the radio handler with
+// no prior row: the switch did not move, and the peers are left alone.
+TEST(RadioTable, PureNModeAndTheRadioRowOfAVapStart) {
     kit::Sandbox box(kSeed);
     box.sql("UPDATE dot11Radio SET opMode='ng';");
-    box.enter();
-    for (auto [handler, table] : {std::pair{&dot11RadioTblHandler, "dot11Radio"},
-                                  std::pair{&dot11Radio11nTblHandler, "dot11Radio11n"}}) {
-        auto row = wlan::Rows::query(nullptr, box.db().c_str(), ("SELECT * FROM " + std::string(table)).c_str());
-        EXPECT_EQ(handler(box.db().c_str(), 23, 0, row.table(), row.cols(), 1, nullptr), 0);
-    }
-    EXPECT_EQ(box.cfgLine("WdsEnable="), "WdsEnable=1");  // no prior row: the peers are left alone
-    EXPECT_EQ(box.cfgLine("WdsKey="), "WdsKey=");
-    EXPECT_EQ(box.calls().back(), box.set("vap2") + "WirelessMode=6");
+    EXPECT_EQ(box.change(23, "dot11Radio11n", 1).status, 0);
+    EXPECT_EQ(box.calls(), box.sets("vap2", {"WirelessMode=6"}));
     EXPECT_EQ(box.cfgLines().back(), "WirelessMode=6");
+    box.enter();
+    auto row = wlan::Rows::query(nullptr, box.db().c_str(), "SELECT * FROM dot11Radio");
+    EXPECT_EQ(dot11RadioTblHandler(box.db().c_str(), 23, 0, row.table(), row.cols(), 1, nullptr), 0);
+    EXPECT_EQ(box.cfgLine("WdsEnable="), "WdsEnable=1");
+    EXPECT_EQ(box.cfgLine("WdsKey="), "WdsKey=");
 }
 
 const char* kPeersSeed =
@@ -106,15 +102,14 @@ const char* kPeersSeed =
     " (2,'M1',1,'OPEN',NULL), (1,'M9',65537,'OPEN',NULL), (1,'N2',2,'TKIP','k1'), (1,'N2',2,'TKIP','k2'),"
     " (1,'N2',2,'OPEN','y'), (1,'N2',2,'OPEN','k1'), (1,'N2',2,'TKIP','a' || char(10) || 'b');";
 
-std::vector<std::string> peer(const std::string& radio, const std::string& mac, const std::string& slot,
-                              const std::string& cipher = "OPEN", const std::string& key = "") {
+kit::Args peer(const std::string& radio, const std::string& mac, const std::string& slot,
+               const std::string& cipher = "OPEN", const std::string& key = "") {
     return {"radioNo", "macAddress", "wdsIndexNo", "pairwiseCipher", "pskPassAscii", radio, mac, slot, cipher, key};
 }
 
 TEST(WdsPeersTable, OnePeerAtATime) {
-    // changed "": file and daemon untouched.
-    struct Case { int opType; long rowId; std::vector<std::string> prior; int status;
-                  std::string ifconfig, changed, log = ""; } cases[] = {
+    // changed "": file and daemon untouched; else the line the file ends with, before EAPifname.
+    struct Case { int opType; long rowId; kit::Args prior; int status; std::string ifconfig, changed, log = ""; } cases[] = {
         {18, 1, {}, 0, "wds1 up", "WdsList=a;M2;c;d"},
         {18, 5, {}, 0, "wds0 up", "WdsList=M9;b;c;d"},  // slot 65537 is 1: 16 bits
         {9, 1, peer("1", "M2", "2"), 0, "wds1 down", "WdsList=a;00:00:00:00:00:00;c;d"},
@@ -131,26 +126,23 @@ TEST(WdsPeersTable, OnePeerAtATime) {
         {23, 10, peer("1", "M2", "2", "TKIP", "k1"), 0, "", "WdsList=a;b;c;d",
          "[8] update_cfg_file:447: Value of WdsKey holds a line end: not written.\n"},
     };
+    const std::string before = "A=1\nWdsKey=old\nWdsList=a;b;c;d\n";
     for (const Case& c : cases) {
         kit::Sandbox box(kPeersSeed);
-        box.setCfg("A=1\nWdsKey=old\nWdsList=a;b;c;d\n");
-        std::string before = box.cfg();
+        box.setCfg(before);
         EXPECT_EQ(box.change(c.opType, "dot11WDSPeers", c.rowId, c.prior).status, c.status) << c.rowId;
-        std::vector<std::string> want;
-        if (!c.ifconfig.empty()) want.push_back("ifconfig " + c.ifconfig);
-        if (!c.changed.empty()) want.insert(want.end(), {"killall rt2860apd", box.root() + "/mavo2.0/bin/rt2860apd"});
+        kit::Args want = c.changed.empty() ? kit::Args{} : kit::Args{"killall rt2860apd", box.daemon()};
+        if (!c.ifconfig.empty()) want.insert(want.begin(), "ifconfig " + c.ifconfig);
         EXPECT_EQ(box.calls(), want) << c.rowId;
-        auto lines = box.cfgLines();  // the changed line goes last, before EAPifname
-        if (c.changed.empty()) EXPECT_EQ(box.cfg(), before) << c.rowId;
-        else EXPECT_EQ(lines.at(lines.size() - 2), c.changed) << c.rowId;
+        auto lines = box.cfgLines();
+        EXPECT_EQ(c.changed.empty() ? box.cfg() : lines.at(lines.size() - 2), c.changed.empty() ? before : c.changed);
         EXPECT_EQ(box.log(), c.log) << c.rowId;
     }
 }
 
 TEST(GlobalConfigTable, CountrySetsRegionsAndCode) {
     // The country as SQL; settings: sent to vap1, the first also the file's last line.
-    struct Case { std::string country; int opType, status; std::vector<std::string> settings;
-                  std::string log = "", fail = ""; } cases[] = {
+    struct Case { std::string country; int opType, status; kit::Args settings; std::string log = "", fail = ""; } cases[] = {
         {"'840'", 23, 0, {"CountryRegion=0", "CountryRegionABand=0", "CountryCode=US"}},
         {"'8'", 18, 0, {"CountryRegion=1", "CountryCode=AL"}},
         {"'392'", 23, 0, {"CountryRegion=1", "CountryRegionABand=9", "CountryCode=JP"}},

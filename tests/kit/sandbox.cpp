@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <fstream>
 #include <spawn.h>
 #include <sqlite3.h>
@@ -108,27 +107,21 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
         return p;
     };
     std::vector<char*> envp = pointers(env), argv = pointers(words);
-
-    int out[2];
-    if (pipe(out) != 0) return {-1, "", ""};
+    FILE *out = tmpfile(), *err = tmpfile();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-    posix_spawn_file_actions_addclose(&actions, out[0]);
-    const std::string errors = root_ + "/stderr";
-    posix_spawn_file_actions_addopen(&actions, 2, errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    posix_spawn_file_actions_adddup2(&actions, fileno(out), 1);
+    posix_spawn_file_actions_adddup2(&actions, fileno(err), 2);
     pid_t pid;
-    int err = posix_spawnp(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data());
+    int failed = posix_spawnp(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
-    close(out[1]);
-    std::string output;
-    char buffer[4096];
-    for (ssize_t n; (n = read(out[0], buffer, sizeof buffer)) > 0;) output.append(buffer, n);
-    close(out[0]);
-    if (err != 0) return {-1, output, ""};
     int status = 0;
-    waitpid(pid, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output, readFile(errors)};
+    if (!failed) waitpid(pid, &status, 0);
+    auto text = [](FILE* file) {  // what the tool wrote there, from the start
+        std::string all = readFile("/proc/self/fd/" + std::to_string(fileno(file)));
+        return fclose(file), all;
+    };
+    return {failed ? -1 : WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), text(out), text(err)};
 }
 
 Run Sandbox::change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior) const {

@@ -31,6 +31,7 @@ public:
     std::string db() const { return root_ + "/tmp/system.db"; }
     std::string cfgPath() const { return root_ + "/etc/Wireless/RT2860AP/RT2860AP.dat"; }
     std::string iwpriv() const { return root_ + "/mavo2.0/bin/iwpriv"; }
+    std::string daemon() const { return root_ + "/mavo2.0/bin/rt2860apd"; }
 
     // Runs the tool with its arguments after the program path; argv0 is the
     // path it is started under (the real binary runs whatever it says).
