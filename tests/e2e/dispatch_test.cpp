@@ -51,22 +51,17 @@ int recordingHandler(const char* dbFile, int opType, int64_t rowId, char** table
 TEST(Dispatch, HandsTheRowOrThePriorRowToTheHandler) {
     kit::Sandbox box("INSERT INTO dot11ACL (rowid, vapName, macAddress) VALUES (-5, 'ap1', 'M');");
     const TblHandlerEntry handlers[] = {{"dot11ACL", recordingHandler}, {nullptr, nullptr}};
+    // A deleted row is only on the command line: one row of name-value pairs (the odd word left out).
     char* five[] = {(char*)"a", (char*)"b", (char*)"1", (char*)"2", (char*)"odd", nullptr};
     EXPECT_EQ(wlan::dispatchTo(handlers, box.db().c_str(), 9, "dot11ACL", 3, five, 5), 42);
-    EXPECT_EQ(seen.table, nullptr);  // a deleted row is only on the command line: one row of name-value pairs
-    EXPECT_EQ(seen.nCols, 2);
-    EXPECT_EQ(seen.nRows, 1);
-    EXPECT_TRUE(seen.oneConnection);
+    EXPECT_EQ(std::tuple(seen.table, seen.nCols, seen.nRows, seen.oneConnection), std::tuple(nullptr, 2, 1, true));
 
+    // No prior row given: nothing is read past the arguments.  The query runs on
+    // this invocation's connection, not the closed one, which is closed after the handler.
     char* noPrior[] = {nullptr};
     EXPECT_EQ(wlan::dispatchTo(handlers, box.db().c_str(), 0, "dot11ACL", -5, noPrior, 0), 42);
-    EXPECT_EQ(seen.opType, 0);
-    EXPECT_EQ(seen.rowId, -5);
-    EXPECT_EQ(seen.nRows, 1);
-    EXPECT_EQ(seen.mac, "M");
-    EXPECT_EQ(seen.priorMac, nullptr);  // no prior row given: nothing read past the arguments
-    EXPECT_TRUE(seen.oneConnection);  // the next invocation's connection, not the closed one
-    EXPECT_EQ(wlanDbHandle, nullptr);  // closed after the handler
+    EXPECT_EQ(std::tuple(seen.opType, seen.rowId, seen.nRows, seen.mac), std::tuple(0, -5, 1, "M"));
+    EXPECT_EQ(std::tuple(seen.priorMac, seen.oneConnection, wlanDbHandle), std::tuple(nullptr, true, nullptr));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // Where the tool goes beyond the device in the field: values never select
 // lines, a program that never returns is stopped at its deadline, and a
 // trace on standard error tells what an invocation did.
+#include <csignal>
 #include <cstdlib>
-#include <sys/stat.h>
 
 #include "sandbox.h"
 
@@ -51,26 +51,22 @@ TEST(FieldRules, ValuesHoldingKeyNamesNeverSelectLines) {
 
 TEST(FieldRules, ProgramPastItsDeadlineIsKilledAndLaterOnesRunNormally) {
     kit::Sandbox box(kit::accessPointSeed());
-    std::string standin = box.iwpriv() + ".standin";
-    std::rename(box.iwpriv().c_str(), standin.c_str());
+    std::string standin = kit::readFile(box.iwpriv());
     kit::writeFile(box.iwpriv(), "#!/bin/sh\necho $$ >> \"$WLANSYNC_ROOT/hung\"\nsleep 600\n");
-    chmod(box.iwpriv().c_str(), 0755);
     setenv("WLANSYNC_CMD_TIMEOUT", "1", 1);
-    kit::Run run = box.change(23, "dot11VAP", 1);
+    EXPECT_EQ(box.change(23, "dot11VAP", 1).status, 255);
     unsetenv("WLANSYNC_CMD_TIMEOUT");
-    EXPECT_NE(run.status, 0);
-    // One record, without the value; the failing step logs its own; nothing is left running.
-    std::string log = box.log();
-    std::string record = "[8] adpCmdExec:61: " + box.iwpriv() + " vap0 timed out after 1 s\n";
-    EXPECT_EQ(log.find(record), log.rfind(record));
-    EXPECT_NE(log.find(record), std::string::npos) << log;
-    EXPECT_NE(log.find("[8] startStopVAPInstance:"), std::string::npos) << log;
-    EXPECT_EQ(log.find("Channel=6"), std::string::npos);
+    // One record, without the value; the failing step logs its own (no tap devices: no MAC address).
+    EXPECT_EQ(box.log(), "[128] startStopVAP:2994: Starting VAP ap1.\n"
+                         "[128] startStopVAPInstance:546: Starting VAP instance : vap0.\n"
+                         "[8] adpCmdExec:61: " + box.iwpriv() + " vap0 timed out after 1 s\n"
+                         "[8] startStopVAPInstance:702: VAP (vap0) set maximum clients failed.\n"
+                         "[128] startStopVAP:3041: Failed to update MAC address of : vap0.\n");
     std::string pid = kit::readFile(box.root() + "/hung");
-    EXPECT_NE(kill(std::atoi(pid.c_str()), 0), 0) << pid;
+    EXPECT_NE(kill(std::atoi(pid.c_str()), 0), 0) << pid;  // nothing is left running
     EXPECT_EQ(pid.find('\n'), pid.size() - 1);  // started once: later calls fail at once
 
-    std::rename(standin.c_str(), box.iwpriv().c_str());
+    kit::writeFile(box.iwpriv(), standin);
     EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 0);
     EXPECT_EQ(box.calls().back(), box.set("vap0") + "ACLAddEntry=00:0C:43:00:00:A");
 }
