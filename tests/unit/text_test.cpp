@@ -1,40 +1,7 @@
-// Pure text: column lookup, the keyword tables and line edits of the configuration file.
+// Line edits of the configuration file, as pure text: the list splice and the access-list toggle.
 #include <gtest/gtest.h>
 
 #include "cfgfile/cfgfile.h"
-#include "driver/driver.h"
-#include "main/dispatch.h"
-#include "security/security.h"
-
-namespace {
-
-// A join of 3 columns and 2 rows; "profileName" stands twice.
-char* kJoin[] = {(char*)"profileName", (char*)"ssid", (char*)"profileName",
-                 (char*)"p1",          (char*)"net1", (char*)"vapSide1",
-                 (char*)"p2",          nullptr,       (char*)"vapSide2"};
-
-TEST(QueryResValueGet, FindsByNameInTheRowAsked) {
-    // The leftmost of two equal names; SQL NULL; names are case-sensitive.
-    for (auto [row, name, want] :
-         {std::tuple<int, const char*, const char*>{0, "profileName", "p1"}, {1, "profileName", "p2"},
-          {0, "ssid", "net1"}, {1, "ssid", nullptr}, {0, "missing", nullptr}, {0, "ProfileName", nullptr}})
-        EXPECT_STREQ(queryResValueGet(kJoin, 3, row, name), want) << name << " row " << row;
-    EXPECT_EQ(queryResValueGet(kJoin, 0, 0, "profileName"), nullptr);
-}
-
-int cipher(const char* word) { return (int)dot11CipherStrToVal(word); }
-
-// The other words are met through the handlers that look them up.
-TEST(Keywords, MapWholeWordsOnly) {
-    for (auto [lookup, word, want] :
-         {std::tuple{&cipher, "CCMP+TKIP", 6}, {&cipher, "CCMP ", 0}, {&dot11SecurityStrToVal, "WEP+WPA+WPA2", 0x62},
-          {&dot11SecurityStrToVal, "", 0}, {&dot11AuthMethodStrToVal, "RADIUS+PSK", 3},
-          {&dot11AuthMethodStrToVal, "psk", 0}, {&dot11ModeStrToVal, "b and g", 0x34000},
-          {&dot11ModeStrToVal, "NG40+", -1}})
-        EXPECT_EQ(lookup(word), want) << "'" << word << "'";
-}
-
-}  // namespace
 
 using wlan::cfg::aclToggle;
 using wlan::cfg::spliceEntry;
