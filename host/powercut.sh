@@ -28,7 +28,7 @@ build=$top/build-powercut
 
 "$top/host/deps.sh"
 need=""
-for pkg in qemu-system-x86 busybox-static cpio e2fsprogs gcc; do
+for pkg in qemu-system-x86 busybox-static cpio e2fsprogs gcc xz-utils; do
     dpkg -s "$pkg" > /dev/null 2>&1 || need="$need $pkg"
 done
 if [ -n "$need" ]; then
@@ -56,14 +56,19 @@ trap 'exit 130' INT TERM HUP
 cmake -S "$top" -B "$build" -DBUILD_TESTING=OFF > /dev/null
 cmake --build "$build" --target wlanSyncTool -j "$(nproc 2>/dev/null || echo 2)" > /dev/null
 
-# Debian's own kernel, from its package (kept in the build folder).
-if [ ! -f "$build/kernel/vmlinuz" ]; then
+# Debian's own kernel, from its package (kept in the build folder).  Its
+# image is unpacked once (an xz stream inside the bzImage) so that qemu
+# starts the kernel at its PVH entry: the emulated processor then does not
+# decompress 60 MB at every boot, which halves the time of a boot.
+if [ ! -f "$build/kernel/vmlinux" ]; then
     pkg=$(apt-cache search --names-only '^linux-image-6\.1\.0-[0-9]+-amd64$' | cut -d ' ' -f 1 | sort -V | tail -n 1)
     (cd "$work" && apt-get download "$pkg" 2> /dev/null)
     dpkg -x "$work"/linux-image-*.deb "$work/kernel"
     rm -rf "$build/kernel"
     mkdir -p "$build/kernel/modules"
-    cp "$work"/kernel/boot/vmlinuz-* "$build/kernel/vmlinuz"
+    image=$(echo "$work"/kernel/boot/vmlinuz-*)
+    at=$(LC_ALL=C grep -abo "$(printf '\3757zXZ')" "$image" | head -n 1 | cut -d : -f 1)
+    tail -c +$((at + 1)) "$image" | xz -dc > "$build/kernel/vmlinux.part" 2> /dev/null || true
     find "$work/kernel/lib/modules" -name '*.ko' | while read -r ko; do
         case ${ko##*/} in
         virtio.ko | virtio_ring.ko | virtio_pci_legacy_dev.ko | virtio_pci_modern_dev.ko | \
@@ -72,6 +77,7 @@ if [ ! -f "$build/kernel/vmlinuz" ]; then
         esac
     done
     rm -rf "$work/kernel" "$work"/linux-image-*.deb
+    mv "$build/kernel/vmlinux.part" "$build/kernel/vmlinux"
 fi
 
 # The initramfs: busybox, the tool and e2fsck with their libraries, the
@@ -79,7 +85,7 @@ fi
 ird=$work/initramfs
 mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib/modules"
 cp /bin/busybox "$ird/bin/busybox"
-cp "$build/wlanSyncTool" "$ird/bin/"
+strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
 cp /sbin/e2fsck "$ird/sbin/"
 gcc -O2 -shared -fPIC -o "$ird/lib/shim.so" "$pc/shim.c" -ldl
 for bin in "$build/wlanSyncTool" /sbin/e2fsck "$ird/lib/shim.so"; do
@@ -88,7 +94,8 @@ done
 cp "$build"/kernel/modules/*.ko "$ird/lib/modules/"
 cp "$pc/init" "$pc/loop.sh" "$ird/"
 chmod +x "$ird/init"
-(cd "$ird" && find . | cpio -o -H newc --quiet | gzip -1) > "$work/initramfs.gz"
+# Not compressed: the kernel unpacks it faster than it inflates it.
+(cd "$ird" && find . | cpio -o -H newc --quiet) > "$work/initramfs.cpio"
 
 # The disk: the sandbox root with the fixed databases and the initial file.
 disk=$work/disk
@@ -106,7 +113,7 @@ boot() {
     timeout -s KILL $((hi + 120)) qemu-system-x86_64 -machine pc -accel tcg -m 256 -smp 1 \
         -nodefaults -no-user-config -display none -monitor none -no-reboot \
         -serial "file:$work/$1.log" -pidfile "$work/$1.pid" \
-        -kernel "$build/kernel/vmlinuz" -initrd "$work/initramfs.gz" \
+        -kernel "$build/kernel/vmlinux" -initrd "$work/initramfs.cpio" \
         -append "console=ttyS0 quiet loglevel=3 panic=-1 mitigations=off pc_mode=$3 pc_check=$4 pc_span=$span pc_passes=${passes:-0}" \
         -drive "file=$2,format=raw,if=virtio,cache=unsafe" > /dev/null 2>&1 &
     qemu=$!
