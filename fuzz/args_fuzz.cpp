@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "main/dispatch.h"
+#include "sandbox.h"
 
 namespace {
 
@@ -27,8 +28,7 @@ const TblHandlerEntry kLookers[] = {{"dot11ACL", lookAround}, {"dot11VAP", lookA
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    char dir[] = "/tmp/wlansync-fuzz-XXXXXX";
-    std::string root = mkdtemp(dir);
+    std::string root = fuzzSandbox();
     std::string kit = WLANSYNC_HOSTKIT;
     std::system((kit + "/sandbox.sh " + root).c_str());
     setenv("WLANSYNC_ROOT", root.c_str(), 1);

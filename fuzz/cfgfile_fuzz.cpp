@@ -1,12 +1,19 @@
-// Whole edits of a fuzzed configuration file with fuzzed names and values.
+// Whole edits of a fuzzed configuration file whose lines and values hold key
+// names.  Checks what every edit must keep: the lines whose key part does
+// not hold the text sought come first, unchanged and in order; after them
+// only lines whose key part holds it (and the empty line after each
+// carried-along line); no line split or merged; a refused edit changes
+// nothing.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
 
 #include "cfgfile/cfgfile.h"
+#include "sandbox.h"
 
 namespace {
 
@@ -19,14 +26,78 @@ std::string slurp() {
     return text.str();
 }
 
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> out;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) out.push_back(line);
+    return out;
+}
+
+bool keyHolds(const std::string& line, const std::string& sought) {
+    return wlan::cfg::keyPart(line).find(sought) != std::string_view::npos;
+}
+
+constexpr const char* kWords[] = {"EncrypType", "WdsEncrypType", "SSID", "SSID1", "SSID2", "AccessPolicy0",
+                                  "WPAPSK", "WPAPSK3", "Key2Str1", "AccessControlList", "AccessControlList1",
+                                  "Channel", "Channel=", "WdsList", "EAPifname", "RADIUS_Key", "=", ";", " "};
+
+// Text made of key names, separators and fuzz.
+std::string words(FuzzedDataProvider& in) {
+    std::string text;
+    for (int n = in.ConsumeIntegralInRange(0, 4); n > 0; --n)
+        text += in.ConsumeBool() ? in.PickValueInArray(kWords) : in.ConsumeRandomLengthString(6);
+    return text;
+}
+
+// Key, an '=' most of the time, then a value: each may hold key names.
+std::string file(FuzzedDataProvider& in) {
+    std::string text;
+    for (int n = in.ConsumeIntegralInRange(0, 12); n > 0; --n) {
+        std::string line = words(in) + (in.ConsumeIntegralInRange(0, 4) ? "=" : "") + words(in);
+        for (char& c : line)  // a text file: no NUL, one line
+            if (c == '\n' || c == '\0') c = ' ';
+        text += line + "\n";
+    }
+    return text;
+}
+
+// before -> after kept the property for sought; changed counts the lines the
+// edit may write after the kept ones (-1: one per selected line).
+void check(const std::string& before, const std::string& after, const std::string& sought, int changed) {
+    std::vector<std::string> b = lines(before), a = lines(after);
+    size_t kept = 0, selected = 0;
+    for (const std::string& line : b) {
+        if (keyHolds(line, sought)) {
+            ++selected;
+            continue;
+        }
+        if (kept >= a.size() || a[kept] != line) std::abort();
+        ++kept;
+    }
+    size_t written = 0;
+    for (size_t i = kept; i < a.size(); ++i) {
+        if (a[i].empty()) continue;  // after a carried-along line
+        if (!keyHolds(a[i], sought)) std::abort();
+        ++written;
+    }
+    if (written != (changed < 0 ? selected : static_cast<size_t>(changed))) std::abort();
+}
+
+// What the edit of key for VAP idx looks for, and how many lines it writes.
+std::pair<std::string, int> sought(const std::string& key, int idx) {
+    std::string n = std::to_string(idx + 1);
+    if (key == "EncrypType") return {key, -1};
+    if (key == "AccessPolicy") return {key + std::to_string(idx), 1};
+    if (key == "SSID" || key == "WPAPSK" || key == "Key2Str") return {key + n, 1};
+    if (key == "AccessControlList") return {key + std::to_string(idx), -1};
+    return {key + "=", 1};
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    char dir[] = "/tmp/wlansync-fuzz-XXXXXX";
-    std::string root = mkdtemp(dir);
-    mkdir((root + "/etc").c_str(), 0755);
-    mkdir((root + "/etc/Wireless").c_str(), 0755);
-    mkdir((root + "/etc/Wireless/RT2860AP").c_str(), 0755);
+    std::string root = fuzzSandbox();
+    std::filesystem::create_directories(root + "/etc/Wireless/RT2860AP");
     setenv("WLANSYNC_ROOT", root.c_str(), 1);
     cfg = root + "/etc/Wireless/RT2860AP/RT2860AP.dat";
     return 0;
@@ -34,26 +105,35 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
-    const char* keys[] = {"EncrypType", "SSID", "AccessPolicy", "WPAPSK", "Key2Str",
-                          "AccessControlList", "Channel", "WdsList"};
-    const char* key = in.PickValueInArray(keys);
-    std::string ifname = "vap" + in.ConsumeBytesAsString(in.ConsumeIntegralInRange(0, 2));
+    const char* keys[] = {"EncrypType", "SSID", "AccessPolicy", "WPAPSK", "Key2Str", "AccessControlList", "Channel"};
+    std::string key = in.PickValueInArray(keys);
+    int idx = in.ConsumeIntegralInRange(0, 4);
+    std::string ifname = "vap" + std::to_string(idx);
     int intValue = in.ConsumeIntegralInRange(-2, 3);
-    std::string text = in.ConsumeRandomLengthString(40);
-    int slot = in.ConsumeIntegralInRange(-1, 6);
-    std::ofstream(cfg, std::ios::binary) << in.ConsumeRemainingBytesAsString();
+    std::string text = in.ConsumeBool() ? words(in) : in.ConsumeRandomLengthString(40);
+    int slot = in.ConsumeIntegralInRange(0, 5);
+    int what = in.ConsumeIntegralInRange(0, 2);
+    std::ofstream(cfg, std::ios::binary) << file(in);
 
     std::string before = slurp();
-    int rc = update_cfg_file(ifname.c_str(), key, intValue, text.c_str());
-    std::string after = slurp();
-    // A refused edit leaves the file as it was; a single key always ends it.
-    if (rc != 0 && after != before) std::abort();
-    if (rc == 0 && std::string(key) == "Channel") {
-        std::string value = intValue >= 0 ? std::to_string(intValue) : text.c_str();
-        std::string last = "Channel=" + value + "\n";
-        if (after.size() < last.size() || after.compare(after.size() - last.size(), last.size(), last) != 0)
-            std::abort();
+    int rc;
+    std::pair<std::string, int> edit;
+    if (what == 0) {
+        rc = update_cfg_file(ifname.c_str(), key.c_str(), intValue, text.c_str());
+        edit = sought(key, idx);
+    } else if (what == 1) {
+        rc = dot11WdsAddMac(slot, text.c_str()) == 0 && slurp() != before ? 0 : -1;
+        edit = {"WdsList", -1};
+    } else {
+        bool lineEnd = wlan::cfg::holdsLineEnd(text.c_str());
+        rc = !lineEnd && wlan::cfg::replaceLines({"EAPifname"}, {"EAPifname=" + text}) ? 0 : -1;
+        edit = {"EAPifname", 1};
     }
-    dot11WdsAddMac(slot, text.c_str());
+    std::string after = slurp();
+    if (rc != 0) {
+        if (after != before) std::abort();
+        return 0;
+    }
+    check(before, after, edit.first, edit.second);
     return 0;
 }

@@ -14,8 +14,10 @@ for pkg in strace; do
     dpkg -s "$pkg" > /dev/null 2>&1 || DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$pkg"
 done
 R=$(mktemp -u /tmp/wlansync-bench-XXXXXX)
-sh "$top/sim/ap" create "$R" > /dev/null
 trap 'sh "$top/sim/ap" destroy "$R"' EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
+sh "$top/sim/ap" create "$R" > /dev/null
 db=$R/tmp/system.db
 tool=$build/wlanSyncTool
 ap() { sh "$top/sim/ap" exec "$R" "$@"; }
@@ -94,6 +96,7 @@ measure "VAP start" ":" '"$db" 23 dot11VAP 1 vapName vapEnabled ap1 1'
 measure "channel change" "next_channel" '"$db" 23 dot11Radio 1 $radio_prior'
 measure "ACL insert" "next_acl" '"$db" 18 dot11ACL $acl'
 stripped=$(mktemp)
+trap 'rm -f "$stripped"; sh "$top/sim/ap" destroy "$R"' EXIT
 strip -o "$stripped" "$tool"
 echo "stripped binary: $(stat -c %s "$stripped") bytes ($(uname -m))"
 if [ -x "$top/build-arm/wlanSyncTool" ] && command -v arm-linux-gnueabihf-strip > /dev/null; then

@@ -10,8 +10,12 @@ cmake -S "$top" -B "$top/build" > /dev/null
 cmake --build "$top/build" -j "$(nproc 2>/dev/null || echo 2)" --target wlanSyncTool wlanFramework > /dev/null
 R=${1:-$(mktemp -u /tmp/wlansync-ap-XXXXXX)}
 ap() { sh "$top/sim/ap" "$@"; }
-ap create "$R"
+# Set before create, which may fail half way: every exit takes the access
+# point down, ^C and kill included.
 trap 'ap destroy "$R"' EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
+ap create "$R"
 
 failed=0
 step() {

@@ -3,13 +3,21 @@
 // file), appends the changed lines to the rebuild file and moves it over the
 // configuration file: kept lines first, in their old order, changed lines
 // last.  The work is done in-process, so no value ever reaches a shell.
+//
+// Lines are selected by their key part alone (through the first '=', the
+// whole line without one), so that a value holding a key's name - an SSID
+// "Cafe SSID1 free" - never drops, moves or splices a line.  Each new file
+// is synced before it is renamed over the configuration file.
 #pragma once
 
 #include <cstdio>
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "platform/log.h"
 
 extern "C" {
 
@@ -35,16 +43,29 @@ namespace wlan::cfg {
 // end.  A list shorter than pos is extended with empty entries.
 std::string spliceEntry(const std::string& line, int pos, const std::string& value);
 
-// An access-control list line with mac removed when it holds it, appended
-// otherwise; without line end unless the removal kept the old one.
+// An access-control list line with the entry mac removed when it holds it,
+// appended otherwise; without line end unless the removal kept the old one.
 std::string aclToggle(const std::string& line, const std::string& mac);
 
-// True when a line containing needle exists and holds text.
-bool lineWithHolds(const char* needle, const std::string& text);
+// The text of line through its first '=', or the whole line.
+std::string_view keyPart(std::string_view line);
 
-// cat src | grep [-v] needle... > dst: the lines that contain one of the
-// needles (keep == true) or none of them.  False when src cannot be read or
-// dst cannot be written.
+// Where the first whole entry equal to text stands in a list line (entries
+// run from the first '=' or a ';' to the next ';' or the line end; a text
+// holding ';' spans whole entries): [begin, end), end at the ';' that
+// follows it or npos for the last entry.
+struct EntryAt {
+    bool found;
+    size_t begin, end;
+};
+EntryAt findEntry(const std::string& line, const std::string& text);
+
+// True when a line whose key part holds listKey has the entry text.
+bool listWithEntry(const char* listKey, const std::string& entry);
+
+// cat src | grep [-v] needle... > dst, the needles sought in each line's key
+// part: the lines that hold one of them (keep == true) or none of them.
+// False when src cannot be read or dst cannot be written.
 bool copyLines(const char* src, const char* dst, std::initializer_list<const char*> needles,
                bool keep);
 
@@ -53,7 +74,7 @@ bool copyLines(const char* src, const char* dst, std::initializer_list<const cha
 // returns false when it cannot be done; the configuration file is untouched.
 bool splitCfg(const char* needle, bool wantExtract);
 
-// Whole-line rewrite: every line holding one of the needles dropped, the new
+// Whole-line rewrite: every line whose key holds one of the needles dropped, the new
 // lines appended last, the result moved over the configuration file.  False,
 // with the file untouched, when that cannot be done.
 bool replaceLines(std::initializer_list<const char*> needles, const std::vector<std::string>& lines);
@@ -61,8 +82,14 @@ bool replaceLines(std::initializer_list<const char*> needles, const std::vector<
 // echo 'line' >> file.
 bool appendLine(const char* file, const std::string& line);
 
-// mv -f rebuild file over the configuration file; 0 on success.
+// mv -f from over the configuration file, made durable: from is synced
+// before the rename and the folder after the invocation's last rename.
+// 0 on success; on failure the old file stays.
 int replaceCfgFile(const char* from);
+
+// The rebuild file moved over the configuration file; logs failed (with the
+// file's path) and returns false when that cannot be done.
+bool commitCfg(const LogMsg& failed);
 
 struct FileCloser {
     void operator()(FILE* f) const;

@@ -1,7 +1,10 @@
 // The file mechanics shared by every edit: the device's cat/grep/echo/mv
 // pipelines, done in-process with the same files and the same results.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "cfgfile/cfgfile.h"
 #include "cfgfile/cfgtext.h"
@@ -25,13 +28,40 @@ bool readLine(FILE* file, std::string& line) {
 
 namespace {
 
-bool containsAny(const std::string& line, std::initializer_list<const char*> needles) {
+bool keyHoldsAny(const std::string& line, std::initializer_list<const char*> needles) {
+    std::string_view key = keyPart(line);
     for (const char* needle : needles)
-        if (line.find(needle) != std::string::npos) return true;
+        if (key.find(needle) != std::string_view::npos) return true;
     return false;
 }
 
+// fsync through a descriptor of its own: the writers have closed the file.
+bool syncPath(const char* path, int flags) {
+    int fd = open(path, O_RDONLY | O_CLOEXEC | flags);
+    if (fd < 0) return false;
+    bool synced = fsync(fd) == 0;
+    close(fd);
+    return synced;
+}
+
+// The folder is synced once, after the invocation's last rename: until then
+// a power cut may bring back the old name's file, never a half one.
+bool folderSyncDue = false;
+
+void syncCfgFolder() {
+    if (!folderSyncDue) return;
+    folderSyncDue = false;
+    std::string folder = cfgPath();
+    folder.erase(folder.rfind('/'));
+    syncPath(folder.c_str(), O_DIRECTORY);
+}
+
 }  // namespace
+
+std::string_view keyPart(std::string_view line) {
+    size_t eq = line.find('=');
+    return eq == std::string_view::npos ? line : line.substr(0, eq + 1);
+}
 
 std::string cfgPath() { return rootPath(kCfgFile); }
 std::string extractPath() { return rootPath(kExtractFile); }
@@ -49,7 +79,7 @@ bool copyLines(const char* src, const char* dst, std::initializer_list<const cha
     if (!out) return false;
     std::string line;
     while (readLine(in.get(), line)) {
-        if (containsAny(line, needles) != keep) continue;
+        if (keyHoldsAny(line, needles) != keep) continue;
         if (line.back() != '\n') line += '\n';  // grep ends every line it prints
         if (std::fputs(line.c_str(), out.get()) == EOF) return false;
     }
@@ -82,15 +112,27 @@ bool appendLine(const char* file, const std::string& line) {
 }
 
 int replaceCfgFile(const char* from) {
-    return std::rename(from, cfgPath().c_str()) == 0 ? 0 : 1;
+    // On flash file systems a rename that overtakes the data it names leaves
+    // an empty file after a power cut: the new file reaches the disk first.
+    if (!syncPath(from, 0) || std::rename(from, cfgPath().c_str()) != 0) return 1;
+    folderSyncDue = true;
+    static const bool syncAtExit = std::atexit(syncCfgFolder) == 0;
+    if (!syncAtExit) syncCfgFolder();
+    return 0;
 }
 
-bool lineWithHolds(const char* needle, const std::string& text) {
+bool commitCfg(const LogMsg& failed) {
+    if (replaceCfgFile(rebuildPath().c_str()) == 0) return true;
+    logMsg(failed, cfgPath().c_str());
+    return false;
+}
+
+bool listWithEntry(const char* listKey, const std::string& entry) {
     File in(adpFileOpen(cfgPath().c_str(), "r"));
     if (!in) return false;
     std::string line;
     while (readLine(in.get(), line)) {
-        if (line.find(needle) != std::string::npos && line.find(text) != std::string::npos)
+        if (keyPart(line).find(listKey) != std::string_view::npos && findEntry(line, entry).found)
             return true;
     }
     return false;

@@ -52,12 +52,25 @@ std::string spliceEntry(const std::string& line, int pos, const std::string& val
     return spliced;
 }
 
+EntryAt findEntry(const std::string& line, const std::string& text) {
+    size_t eq = line.find('=');
+    if (eq == std::string::npos) return {false, 0, 0};
+    size_t stop = line.size() - (!line.empty() && line.back() == '\n' ? 1 : 0);
+    // A text holding ';' matches a run of whole entries.
+    for (size_t at = line.find(text, eq + 1); at != std::string::npos && at + text.size() <= stop;
+         at = line.find(text, at + 1)) {
+        size_t end = at + text.size();
+        if ((at == eq + 1 || line[at - 1] == ';') && (end == stop || line[end] == ';'))
+            return {true, at, end == stop ? std::string::npos : end};
+    }
+    return {false, 0, 0};
+}
+
 std::string aclToggle(const std::string& line, const std::string& mac) {
-    size_t at = line.find(mac);
-    if (at != std::string::npos) {
-        size_t semi = line.find(';', at + mac.size());
+    EntryAt at = findEntry(line, mac);
+    if (at.found) {
         // The entry and its separator go; the last entry leaves the ';' before it.
-        return line.substr(0, at) + (semi == std::string::npos ? "" : line.substr(semi + 1));
+        return line.substr(0, at.begin) + (at.end == std::string::npos ? "" : line.substr(at.end + 1));
     }
     if (line.size() == kEmptyAclLine) return line.substr(0, kEmptyAclLine - 1) + mac;
     if (line.size() > kEmptyAclLine) return line.substr(0, line.size() - 1) + ";" + mac;
@@ -85,7 +98,10 @@ extern "C" int concat_nd_modify_cfg_file(int pos, const char* key, const char* v
         if (passThrough(line)) ok = appendLine(rebuild.c_str(), line);  // keeps its own line end too
         else if (line.find('=') == std::string::npos) ok = appendLine(rebuild.c_str(), withoutLineEnd(line));
         else ok = appendLine(rebuild.c_str(), spliceEntry(line, pos, value));
-        if (!ok) return -1;
+        if (!ok) {
+            wlan::logMsg(kCfgUnreadable, cfgPath().c_str());
+            return -1;
+        }
     }
     return 0;
 }

@@ -47,9 +47,16 @@ bool editList(const char* key, int pos, const std::string& value) {
     return splitCfg(key, true) && concat_nd_modify_cfg_file(pos, key, value.c_str()) == 0;
 }
 
-// Every line holding needle replaced by one new line.
+// The rebuild file could not take a line: nothing may be moved.
+bool appendFailed() {
+    wlan::logMsg(kCfgUnreadable, cfgPath().c_str());
+    return false;
+}
+
+// Every line whose key holds needle replaced by one new line.
 bool editLine(const std::string& needle, const std::string& newLine) {
-    return splitCfg(needle.c_str(), false) && appendLine(rebuildPath().c_str(), newLine);
+    if (!splitCfg(needle.c_str(), false)) return false;
+    return appendLine(rebuildPath().c_str(), newLine) || appendFailed();
 }
 
 // The address added to, or removed from, the VAP's access-control list.
@@ -60,7 +67,7 @@ bool editAccessControl(const std::string& listKey, const std::string& mac) {
     if (!in) return false;  // its lines could not be rebuilt: no move
     std::string line;
     while (readLine(in.get(), line))
-        if (!appendLine(rebuild.c_str(), aclToggle(line, mac))) return false;
+        if (!appendLine(rebuild.c_str(), aclToggle(line, mac))) return appendFailed();
     return true;
 }
 
@@ -107,6 +114,6 @@ extern "C" int update_cfg_file(const char* ifname, const char* key, int intValue
         edited = editLine(std::string(key) + "=", std::string(key) + "=" + value);
         break;
     }
-    if (!edited) return -1;  // logged where it failed; the file stays as it was
-    return replaceCfgFile(rebuildPath().c_str());
+    // Failures are logged where they happen; the file stays as it was.
+    return edited && commitCfg(kCfgUnreadable) ? 0 : -1;
 }

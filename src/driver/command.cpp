@@ -40,7 +40,7 @@ int aclApply(const char* ifname, const char* mac, bool add, const wlan::LogMsg& 
     }
     bool vap = std::strncmp(ifname, "vap", 3) == 0 && ifname[3] >= '0' && ifname[3] <= '3';
     std::string list = std::string("AccessControlList") + (vap ? ifname[3] : '0');
-    if (!vap || wlan::cfg::lineWithHolds(list.c_str(), mac) != add)
+    if (!vap || wlan::cfg::listWithEntry(list.c_str(), mac) != add)
         update_cfg_file(ifname, "AccessControlList", -1, mac);
     return wlan::drvSet(ifname, format, mac);
 }

@@ -10,6 +10,7 @@
 #include "platform/log.h"
 #include "platform/platform.h"
 #include "platform/sandbox.h"
+#include "platform/sql.h"
 
 namespace {
 constexpr wlan::LogMsg kNoLock{wlan::kLogError, "main", 48,
@@ -30,8 +31,10 @@ extern "C" int main(int argc, char** argv) {
         std::printf("Usage:%s <DBFile> <opType> <tblName> <rowId>\n", path);
         return -1;
     }
-    int opType = static_cast<int>(std::strtol(argv[2], nullptr, 10));
-    int rowId = static_cast<int>(std::strtol(argv[4], nullptr, 10));
+    // As a 32-bit strtol reads them on the device, on every host: row id
+    // 4294967297 must not act on row 1.
+    int opType = wlan::dbNumber(argv[2]);
+    int rowId = wlan::dbNumber(argv[4]);
 
     // The driver configuration file and its temporary files have fixed names:
     // one tool process at a time edits them.

@@ -35,7 +35,10 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
 // Runs argv[0] (searched on PATH when it holds no '/') with argv[1..] as its
 // arguments, each passed byte for byte: no shell ever sees them.  Waits for
 // it and returns 0 on success, its exit code, 128 + signal when a signal
-// ended it, or 127 when it could not be started.
+// ended it, or 127 when it could not be started.  A program still running
+// at its deadline (30 s, or WLANSYNC_CMD_TIMEOUT seconds) is killed with its
+// process group, logged, and gives 128 + SIGKILL; so does every later call
+// of that program in the same invocation, without starting it.
 int adpCmdExec(const char* const argv[]);
 
 FILE* adpFileOpen(const char* path, const char* mode);

@@ -5,7 +5,8 @@
 namespace {
 
 TEST(Invocation, NamesArgumentsAndTablesThatCannotBeHandledGiveMinusOne) {
-    kit::Sandbox box("INSERT INTO dot11ACL VALUES ('ap1', '00:00:00:00:00:01');");
+    kit::Sandbox box("INSERT INTO dot11ACL VALUES ('ap1', '00:00:00:00:00:01');"
+                     "INSERT INTO dot11Interface VALUES ('vap0', 'ap1', 1, '');");
     using Args = std::vector<std::string>;
     const Args noRow = {box.db(), "18", "dot11ACL", "2"};
     const std::string tool = WLANSYNC_TOOL;
@@ -20,6 +21,8 @@ TEST(Invocation, NamesArgumentsAndTablesThatCannotBeHandledGiveMinusOne) {
              {tool, {box.db(), "18", "dot11acl", "1"}, ""},                  // letter case
              {tool, {box.db(), "18", "vlan", "1"}, ""},                      // no handler
              {tool, {box.db(), "18", "dot11ACL WHERE 1=1; --", "1"}, ""},   // not a table name
+             {tool, {box.db(), "4294967314", "dot11ACL", "1"}, ""},  // held to the int range: no insert
+             {tool, {box.db(), "18", "dot11ACL", "4294967297"}, ""},  // nor row 1
              {tool, {box.root() + "/missing.db", "18", "dot11ACL", "1"}, ""}}) {
         kit::Run run = box.tool(args, argv0);
         EXPECT_EQ(run.output, output) << argv0 << " " << args[2];

@@ -127,7 +127,8 @@ TEST(WdsPeersTable, OnePeerAtATime) {
         {23, 8, peer("1", "M2", "2", "OPEN", "x"), 255, "", ""},   // open links have no key
         {23, 7, peer("1", "M2", "2", "TKIP", "k1"), 0, "", "WdsKey=k2"},
         {23, 9, peer("1", "M2", "2", "CCMP", "k1"), 0, "", "WdsKey="},
-        {23, 10, peer("1", "M2", "2", "TKIP", "k1"), 255, "", "",
+        // A refused key keeps the old one; the daemon is restarted all the same.
+        {23, 10, peer("1", "M2", "2", "TKIP", "k1"), 0, "", "WdsList=a;b;c;d",
          "[8] update_cfg_file:447: Value of WdsKey holds a line end: not written.\n"},
     };
     for (const Case& c : cases) {

@@ -65,8 +65,7 @@ TEST(WpsTable, ModeThenStatusReachFileAndDriver) {
     std::string before = box.cfg();
     EXPECT_EQ(box.change(9, "dot11WPS", 1, {"vapName", "wpsEnabled", "ap3", "1"}).status, 255);
     EXPECT_EQ(box.change(18, "dot11WPS", 6).status, 255);
-    EXPECT_EQ(box.log(), "");
-    EXPECT_EQ(box.change(18, "dot11WPS", 5).status, 255);
+    EXPECT_EQ(box.change(18, "dot11WPS", 5).status, 255);  // the only one logged
     EXPECT_EQ(box.log(), "[8] dot11WPSTblHandler:3379: No VAP table entry found corresponding to the VAP name : nobody.\n");
     EXPECT_TRUE(box.calls().empty());
     EXPECT_EQ(box.cfg(), before);

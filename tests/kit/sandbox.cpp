@@ -129,12 +129,6 @@ std::vector<std::string> Sandbox::calls() const {
     return calls;
 }
 
-std::vector<std::string> Sandbox::sets(const std::string& ifname, const std::vector<std::string>& settings) const {
-    std::vector<std::string> lines;
-    for (const auto& setting : settings) lines.push_back(set(ifname) + setting);
-    return lines;
-}
-
 std::vector<std::string> Sandbox::cfgLines() const { return lines(cfg()); }
 
 std::string Sandbox::cfgLine(const std::string& prefix) const {
@@ -143,8 +137,6 @@ std::string Sandbox::cfgLine(const std::string& prefix) const {
         if (line.rfind(prefix, 0) == 0) found = line;
     return found;
 }
-
-
 
 void Sandbox::enter() const {
     setenv("WLANSYNC_ROOT", root_.c_str(), 1);

@@ -44,7 +44,10 @@ public:
     std::vector<std::string> calls() const;
     // The driver utility's calls "<iwpriv> ifname set <setting>", one per setting.
     std::string set(const std::string& ifname) const { return iwpriv() + " " + ifname + " set "; }
-    std::vector<std::string> sets(const std::string& ifname, const std::vector<std::string>& settings) const;
+    std::vector<std::string> sets(const std::string& ifname, std::vector<std::string> settings) const {
+        for (auto& setting : settings) setting = set(ifname) + setting;
+        return settings;
+    }
     std::string cfg() const { return readFile(cfgPath()); }
     std::vector<std::string> cfgLines() const;
     // The last configuration-file line that begins with prefix ("" if none).

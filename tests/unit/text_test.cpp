@@ -55,6 +55,9 @@ TEST(AclToggle, AddsAbsentAndRemovesPresentAddresses) {
           {"AccessControlList0=AA\n", "BB", "AccessControlList0=AA;BB"},
           {"AccessControlList0=AA;BB\n", "AA", "AccessControlList0=BB\n"},  // keeps its line end
           {"AccessControlList0=AA;BB\n", "BB", "AccessControlList0=AA;"},
+          {"AccessControlList0=AB;A\n", "A", "AccessControlList0=AB;"},    // whole entries only
+          {"AccessControlList0=AB\n", "List0", "AccessControlList0=AB;List0"},
+          {"AccessControlList0=AA;BB;CC\n", "AA;BB", "AccessControlList0=CC\n"},  // a run of entries
           {"AccessControlList0\n", "AA", "AccessControlList0\n"}})  // shorter than an empty list
         EXPECT_EQ(aclToggle(line, mac), want) << line << mac;
 }
