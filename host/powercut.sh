@@ -3,9 +3,9 @@
 #
 # A throwaway virtual machine (qemu-system-x86_64 under its software
 # emulator) boots Debian's kernel with an initramfs holding busybox, the
-# tool, the kit's recording stand-ins and host/powercut/init.  The sandbox
-# root, its driver configuration file and its database live on a raw ext4
-# disk (virtio-blk) mounted with noauto_da_alloc.  Each cycle the guest runs
+# tool, e2fsck and host/powercut/init.  The sandbox root (host/kit: the
+# recording stand-ins, the driver configuration file, the database) lives on
+# a raw ext4 disk (virtio-blk) mounted with noauto_da_alloc.  Each cycle the guest runs
 # real tool invocations in a loop (host/powercut/loop.sh) and the host kills
 # qemu with SIGKILL at a random instant 6 to 30 s into the loop
 # (POWERCUT_WINDOW=LO-HI changes it); whatever the guest had not written to
@@ -40,9 +40,7 @@ fi
 
 work=$(mktemp -d /tmp/powercut-XXXXXX)
 cleanup() {
-    for f in "$work"/*.pid; do
-        [ -f "$f" ] && kill -KILL "$(cat "$f")" 2> /dev/null
-    done
+    set +e
     for p in ${series_pids:-}; do kill -TERM "$p" 2> /dev/null; done
     wait 2> /dev/null
     for f in "$work"/*.pid; do
@@ -62,7 +60,7 @@ cmake --build "$build" --target wlanSyncTool -j "$(nproc 2>/dev/null || echo 2)"
 # decompress 60 MB at every boot, which halves the time of a boot.
 if [ ! -f "$build/kernel/vmlinux" ]; then
     pkg=$(apt-cache search --names-only '^linux-image-6\.1\.0-[0-9]+-amd64$' | cut -d ' ' -f 1 | sort -V | tail -n 1)
-    (cd "$work" && apt-get download "$pkg" 2> /dev/null)
+    (cd "$work" && apt-get download "$pkg" > /dev/null 2>&1)
     dpkg -x "$work"/linux-image-*.deb "$work/kernel"
     rm -rf "$build/kernel"
     mkdir -p "$build/kernel/modules"
@@ -103,14 +101,14 @@ sh "$top/host/kit/sandbox.sh" "$disk/ap" "$top/sim/default.sql" "$pc/seed.sql"
 cp "$disk/ap/tmp/system.db" "$disk/ap/tmp/channel11.db"
 sqlite3 "$disk/ap/tmp/channel11.db" "UPDATE dot11Radio SET configuredChannel=11"
 cp "$disk/ap/etc/Wireless/RT2860AP/RT2860AP.dat" "$disk/init.dat"
-mke2fs -q -F -t ext4 -d "$disk" "$work/reference.img" 64M
+mke2fs -q -F -t ext4 -d "$disk" "$work/reference.img" 64M > /dev/null
 
-# boot NAME DISK MODE CHECK: start a machine in the background; its console
+# boot NAME DISK MODE CHECK [LIMIT]: start a machine in the background; its console
 # goes to $work/NAME.log, its pid to $work/NAME.pid.
 boot() {
     rm -f "$work/$1.pid"
     : > "$work/$1.log"
-    timeout -s KILL $((hi + 120)) qemu-system-x86_64 -machine pc -accel tcg -m 256 -smp 1 \
+    timeout -s KILL "${5:-$((hi + 120))}" qemu-system-x86_64 -machine pc -accel tcg -m 256 -smp 1 \
         -nodefaults -no-user-config -display none -monitor none -no-reboot \
         -serial "file:$work/$1.log" -pidfile "$work/$1.pid" \
         -kernel "$build/kernel/vmlinux" -initrd "$work/initramfs.cpio" \
@@ -126,7 +124,7 @@ said() { tr -d '\r' < "$work/$1.log" | sed -n 's/^PC: //p'; }
 # passes: the reference runs for twice the longest time to a cut, and the
 # cycles run no more passes than it did.
 span=$((2 * hi + 10))
-boot reference "$work/reference.img" reference 0
+boot reference "$work/reference.img" reference 0 $((span + 240))
 { wait "$qemu" || true; } 2> /dev/null
 said reference | sed -n 's/^STATE //p' > "$work/states.sha"
 passes=$(said reference | sed -n 's/^PASSES \([0-9]*\) .*/\1/p')
@@ -141,7 +139,7 @@ echo "reference: $passes passes of the loop, $(said reference | sed -n 's/^PASSE
 series() {
     name=$2
     img=$work/$name.img
-    trap '[ -f "$work/$name.pid" ] && kill -KILL "$(cat "$work/$name.pid")" 2> /dev/null; exit 1' TERM
+    trap 'kill -KILL "$(cat "$work/$name.pid" 2> /dev/null)" 2> /dev/null; exit 1' TERM
     cp --sparse=always "$work/reference.img" "$img"
     damaged=0
     start=$(date +%s)
@@ -180,9 +178,10 @@ series() {
             case " $line " in *" eol=1 "*) ;; *) verdict=damaged ;; esac
             case " $line " in *" invoke=0 "*) ;; *) verdict=damaged ;; esac
             sha=$(printf '%s\n' "$line" | sed -n 's/.* sha=\([^ ]*\).*/\1/p')
-            grep -qx "${sha:-none}" "$work/states.sha" || verdict=damaged
+            state=$(grep -nx "${sha:-none}" "$work/states.sha" | head -n 1 | cut -d : -f 1)
+            [ -n "$state" ] || verdict=damaged
             [ "$verdict" = whole ] || damaged=$((damaged + 1))
-            echo "$1: cut $i at ${last:-?} s$lastended: $verdict (${line:-no check line})"
+            echo "$1: cut $i at ${last:-?} s$lastended: $verdict${state:+, state $state of $(wc -l < "$work/states.sha")} (${line:-no check line})"
         fi
         last=${t:-}
         lastended=${ended:-}
