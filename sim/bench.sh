@@ -1,8 +1,9 @@
 #!/bin/sh
 # Benchmark on the simulated access point: a VAP start, a channel change and
 # an ACL insert.  For each: wall time (median of RUNS, default 7), the
-# tool's own CPU time (median) and peak RSS, and the processes it starts,
-# by kind.  Then the stripped size of the tool.  It prints figures; it
+# instructions the tool itself executes (callgrind, the programs it starts
+# not traced), its own CPU time (median) and peak RSS, and the processes it
+# starts, by kind.  Then the stripped size of the tool.  It prints figures; it
 # judges nothing.
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
@@ -10,7 +11,7 @@ build=${BUILD:-$top/build}
 runs=${RUNS:-7}
 cmake -S "$top" -B "$build" > /dev/null
 cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)" --target wlanSyncTool wlanFramework wlanMeasure > /dev/null
-for pkg in strace; do
+for pkg in strace valgrind; do
     dpkg -s "$pkg" > /dev/null 2>&1 || DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$pkg"
 done
 R=$(mktemp -u /tmp/wlansync-bench-XXXXXX)
@@ -48,6 +49,13 @@ count_processes() {
         }' "$R/trace"
 }
 
+# The instructions the tool executes, in millions; the programs it starts
+# are not counted.
+count_instructions() {
+    ap valgrind --tool=callgrind --trace-children=no --callgrind-out-file=/dev/null "$@" 2>&1 |
+        sed -n 's/.*Collected : *\([0-9]*\).*/\1/p' | awk '{ printf "%.2f", $1 / 1e6 }'
+}
+
 median() { printf '%s\n' $1 | sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
 
 # measure NAME PREPARE ARGS: PREPARE runs before each run; ARGS, the tool's
@@ -73,8 +81,11 @@ measure() {
     eval "$prepare"
     eval "set -- $args"
     procs=$(count_processes "$tool" "$@")
-    printf '%-15s wall %6s ms   tool CPU %6s ms   peak RSS %5s kB   started: %s\n' \
-        "$name" "$(median "$walls")" "$(median "$cpus")" "$rss" "$procs"
+    eval "$prepare"
+    eval "set -- $args"
+    instructions=$(count_instructions "$tool" "$@")
+    printf '%-15s wall %6s ms   instructions %6s M   tool CPU %6s ms   peak RSS %5s kB   started: %s\n' \
+        "$name" "$(median "$walls")" "$instructions" "$(median "$cpus")" "$rss" "$procs"
 }
 
 acl=0

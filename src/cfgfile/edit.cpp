@@ -11,6 +11,7 @@
 #include "platform/log.h"
 #include "platform/platform.h"
 #include "platform/sandbox.h"
+#include "platform/trace.h"
 
 namespace wlan::cfg {
 
@@ -112,6 +113,7 @@ bool appendLine(const char* file, const std::string& line) {
 }
 
 int replaceCfgFile(const char* from) {
+    if (trace::on()) trace::replacement(cfgPath().c_str(), from);
     // On flash file systems a rename that overtakes the data it names leaves
     // an empty file after a power cut: the new file reaches the disk first.
     if (!syncPath(from, 0) || std::rename(from, cfgPath().c_str()) != 0) return 1;

@@ -36,8 +36,10 @@ public:
         }
         std::strcpy(record_.name, "wlanSyncTool");
         sqlite3_busy_handler(wlanDbHandle, sqliteBusyHandler, &record_);
+        wlan::shareConnection(wlanDbHandle, dbFile);  // one connection per invocation
     }
     ~ProcessConnection() {
+        wlan::shareConnection(nullptr, nullptr);
         if (wlanDbHandle) sqlite3_close(wlanDbHandle);
         wlanDbHandle = nullptr;
     }

@@ -11,6 +11,7 @@
 
 #include "platform/log.h"
 #include "platform/platform.h"
+#include "platform/trace.h"
 
 extern char** environ;
 
@@ -120,5 +121,6 @@ extern "C" int adpCmdExec(const char* const argv[]) {
     sigprocmask(SIG_BLOCK, &chld, &callerMask);
     int rc = runBounded(argv, chld, callerMask);
     sigprocmask(SIG_SETMASK, &callerMask, nullptr);
+    wlan::trace::run(argv, rc);
     return rc;
 }

@@ -56,3 +56,11 @@ int adpModuleDebugSyslogProto(int module, int category, const char* function, in
     __attribute__((format(printf, 7, 8)));
 
 }  // extern "C"
+
+namespace wlan {
+
+// Lends db, open on dbFile, to sqlite3QueryResGet for the queries that name
+// that file; a null db ends the loan (before db is closed).
+void shareConnection(sqlite3* db, const char* dbFile);
+
+}  // namespace wlan

@@ -1,14 +1,39 @@
 #include <cstring>
 #include <string>
+#include <sys/stat.h>
 #include <time.h>
 
 #include "platform/platform.h"
+#include "platform/trace.h"
 
 namespace {
 
-// Queries that name the database file share one connection of their own for
-// the life of the process: a VAP start runs a dozen of them and a slow CPU
-// would otherwise parse the schema a dozen times.
+// The dispatcher's connection and the file it is open on: queries that name
+// that file run on it, so that an invocation opens the database and parses
+// its schema once.
+struct Shared {
+    sqlite3* db = nullptr;
+    std::string file;
+    struct stat id {};
+} shared;
+
+bool sameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// Named as the dispatcher named it, or by another path to the same file
+// (the handlers that restart the daemon name the fixed path).
+bool isSharedFile(const char* dbFile) {
+    if (!shared.db) return false;
+    if (shared.file == dbFile) return true;
+    struct stat id;
+    return stat(dbFile, &id) == 0 && sameFile(id, shared.id);
+}
+
+// Queries that name another database file (or run while the dispatcher has
+// no connection open) share one connection of their own for the life of the
+// process: a VAP start runs a dozen of them and a slow CPU would otherwise
+// parse the schema a dozen times.
 class FileConnection {
 public:
     ~FileConnection() { close(); }
@@ -61,13 +86,14 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     sqlite3* db = handle;
     if (!db) {
         if (!dbFile) return nullptr;
-        db = fileConnection.get(dbFile);
+        db = isSharedFile(dbFile) ? shared.db : fileConnection.get(dbFile);
         if (!db) return nullptr;
     }
     char** table = nullptr;
     char* error = nullptr;
     int rows = 0, cols = 0;
     int rc = sqlite3_get_table(db, statement, &table, &rows, &cols, &error);
+    wlan::trace::statement(statement, rows, rc == SQLITE_OK ? nullptr : error ? error : "");
     sqlite3_free(error);
     if (rc != SQLITE_OK) {
         sqlite3_free_table(table);
@@ -79,3 +105,16 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
 }
 
 }  // extern "C"
+
+namespace wlan {
+
+void shareConnection(sqlite3* db, const char* dbFile) {
+    shared.db = nullptr;
+    shared.file.clear();
+    if (!db || !dbFile || stat(dbFile, &shared.id) != 0) return;
+    shared.db = db;
+    shared.file = dbFile;
+    trace::writesOn(db);  // the one write, the MAC address store, runs on it
+}
+
+}  // namespace wlan

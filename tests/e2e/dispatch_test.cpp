@@ -1,5 +1,6 @@
 // Invocation and dispatch.
 #include "main/dispatch.h"
+#include "platform/platform.h"
 #include "sandbox.h"
 
 namespace {
@@ -33,12 +34,17 @@ TEST(Invocation, NamesArgumentsAndTablesThatCannotBeHandledGiveMinusOne) {
     EXPECT_NE(access((box.root() + "/missing.db").c_str(), F_OK), 0);  // not created
 }
 
-// What the handler was given.
-struct Seen { int opType, nCols, nRows; int64_t rowId; char** table; std::string mac; const char* priorMac; } seen;
+// What the handler was given, and whether a query naming the database file
+// ran on the dispatcher's connection (a temporary table is seen only there).
+struct Seen { int opType, nCols, nRows; int64_t rowId; char** table; std::string mac; const char* priorMac; bool oneConnection; } seen;
 
-int recordingHandler(const char*, int opType, int64_t rowId, char** table, int nCols, int nRows, char** prior) {
+int recordingHandler(const char* dbFile, int opType, int64_t rowId, char** table, int nCols, int nRows, char** prior) {
+    sqlite3_exec(wlanDbHandle, "CREATE TEMP TABLE here (x)", nullptr, nullptr, nullptr);
+    int cols = 0, rows = 0;
+    char** here = sqlite3QueryResGet(nullptr, dbFile, "SELECT * FROM here", &cols, &rows);
+    sqlite3_free_table(here);
     seen = {opType, nCols, nRows, rowId, table, table ? queryResValueGet(table, nCols, 0, "macAddress") : "",
-            queryResValueGet(prior, nCols, 0, "macAddress")};
+            queryResValueGet(prior, nCols, 0, "macAddress"), here != nullptr};
     return 42;
 }
 
@@ -50,6 +56,7 @@ TEST(Dispatch, HandsTheRowOrThePriorRowToTheHandler) {
     EXPECT_EQ(seen.table, nullptr);  // a deleted row is only on the command line: one row of name-value pairs
     EXPECT_EQ(seen.nCols, 2);
     EXPECT_EQ(seen.nRows, 1);
+    EXPECT_TRUE(seen.oneConnection);
 
     char* noPrior[] = {nullptr};
     EXPECT_EQ(wlan::dispatchTo(handlers, box.db().c_str(), 0, "dot11ACL", -5, noPrior, 0), 42);
@@ -58,6 +65,7 @@ TEST(Dispatch, HandsTheRowOrThePriorRowToTheHandler) {
     EXPECT_EQ(seen.nRows, 1);
     EXPECT_EQ(seen.mac, "M");
     EXPECT_EQ(seen.priorMac, nullptr);  // no prior row given: nothing read past the arguments
+    EXPECT_TRUE(seen.oneConnection);  // the next invocation's connection, not the closed one
     EXPECT_EQ(wlanDbHandle, nullptr);  // closed after the handler
 }
 

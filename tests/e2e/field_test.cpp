@@ -1,5 +1,6 @@
 // Where the tool goes beyond the device in the field: values never select
-// lines, and a program that never returns is stopped at its deadline.
+// lines, a program that never returns is stopped at its deadline, and a
+// trace on standard error tells what an invocation did.
 #include <cstdlib>
 #include <sys/stat.h>
 
@@ -98,6 +99,40 @@ TEST(FieldRules, ProgramPastItsDeadlineIsKilledAndLaterOnesRunNormally) {
     std::rename(standin.c_str(), box.iwpriv().c_str());
     EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 0);
     EXPECT_EQ(box.calls().back(), box.set("vap0") + "ACLAddEntry=00:0C:43:00:00:A");
+}
+
+// Each case's secret (pass phrase, WEP key, RADIUS secret, WDS key) is on its
+// way to driver and file, yet the trace shows it nowhere.
+TEST(FieldRules, TraceShowsStatementsProgramsAndFileEditsButNoSecret) {
+    struct Case {
+        std::string setup, secret;
+        const char* table;
+        std::vector<std::string> prior, shown;
+    } cases[] = {
+        {"UPDATE dot11Profile SET pskPassAscii='p4ss \"phrase\"'", "p4ss", "dot11VAP", {},
+         {"trace: sql SELECT * from dot11VAP WHERE rowid=1 -> 1 row\n", "trace: run ifconfig vap0 up -> 0\n",
+          " vap0 set WPAPSK=*** -> 0\n", " -WPAPSK1=*** +WPAPSK1=***", " -\"SSID1=ap1 AP\" +SSID1=Office",
+          " macAddress=\"02:00:00:00:00:0A\" where interfaceName==\"vap0\" -> 1 row changed\n"}},
+        {"UPDATE dot11Profile SET security='WEP', wepAuth='open', defWepkeyIdx=0, wepkey0='w3p'", "w3p",
+         "dot11VAP", {}, {" vap0 set Key1=*** -> 0\n", " +Key1Str1=***"}},
+        {"", "secret", "radiusClient", {}, {" +RADIUS_Key=***"}},
+        {"UPDATE dot11Radio SET wdsEnabled=1; INSERT INTO dot11WDSPeers VALUES (1, 'N2', 2, 'TKIP', 'wdsk3y')",
+         "wdsk3y", "dot11WDSPeers",
+         {"radioNo", "macAddress", "wdsIndexNo", "pairwiseCipher", "pskPassAscii", "1", "N2", "2", "TKIP", "k"},
+         {" -WdsKey=*** +WdsKey=***"}},
+    };
+    for (const Case& c : cases) {
+        kit::Sandbox box(kSeed);
+        box.setCfg(withLines(box.cfg(), {"SSID1=ap1 AP"}));
+        box.interfaces({{"vap0", "02:00:00:00:00:0a"}});
+        box.sql(c.setup);
+        setenv("WLANSYNC_TRACE", "1", 1);
+        kit::Run traced = box.change(23, c.table, 1, c.prior);
+        unsetenv("WLANSYNC_TRACE");
+        for (const std::string& part : c.shown) EXPECT_NE(traced.errors.find(part), std::string::npos) << part;
+        EXPECT_EQ(traced.errors.find(c.secret), std::string::npos) << traced.errors;
+        EXPECT_EQ(box.change(23, c.table, 1, c.prior).errors, "");  // no trace without the variable
+    }
 }
 
 }  // namespace

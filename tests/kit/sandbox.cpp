@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <spawn.h>
 #include <sqlite3.h>
@@ -91,11 +92,13 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
     std::vector<char*> envp = pointers(env), argv = pointers(words);
 
     int out[2];
-    if (pipe(out) != 0) return {-1, ""};
+    if (pipe(out) != 0) return {-1, "", ""};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, out[1], 1);
     posix_spawn_file_actions_addclose(&actions, out[0]);
+    const std::string errors = root_ + "/stderr";
+    posix_spawn_file_actions_addopen(&actions, 2, errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     pid_t pid;
     int err = posix_spawnp(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
@@ -104,10 +107,10 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
     char buffer[4096];
     for (ssize_t n; (n = read(out[0], buffer, sizeof buffer)) > 0;) output.append(buffer, n);
     close(out[0]);
-    if (err != 0) return {-1, output};
+    if (err != 0) return {-1, output, ""};
     int status = 0;
     waitpid(pid, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output, readFile(errors)};
 }
 
 Run Sandbox::change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior) const {

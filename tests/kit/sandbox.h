@@ -13,7 +13,7 @@ std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);
 std::string sqlText(const std::string& text);  // text as an SQL string literal
 
-struct Run { int status; std::string output; };  // exit status as the shell sees it; standard output
+struct Run { int status; std::string output, errors; };  // exit status as the shell sees it; standard output, standard error
 
 class Sandbox {
 public:

@@ -1,0 +1,28 @@
+// The field trace.  With WLANSYNC_TRACE=1 the tool writes to standard error
+// one line per step at its seams: each statement with the rows it gave (or
+// changed), each program run with its arguments and status, each
+// replacement of the driver configuration file with the lines it drops and
+// adds.  Pass phrases, WEP keys, RADIUS secrets and WDS keys show as ***.
+// Without the variable nothing is written and nothing is read for it.
+#pragma once
+
+#include <sqlite3.h>
+
+namespace wlan::trace {
+
+bool on();
+
+// A query and its row count; error is SQLite's message when it failed.
+void statement(const char* text, int rows, const char* error);
+
+// From now on each statement that writes through db is traced with the
+// rows it changed (the queries trace themselves through statement()).
+void writesOn(sqlite3* db);
+
+// A program run: its arguments and its status.
+void run(const char* const argv[], int status);
+
+// The file at path is about to be replaced by the file next.
+void replacement(const char* path, const char* next);
+
+}  // namespace wlan::trace
