@@ -1,0 +1,203 @@
+#!/bin/sh
+# Power cuts on a real kernel and file system: sh host/powercut.sh [N]
+#
+# A throwaway virtual machine (qemu-system-x86_64 under its software
+# emulator) boots Debian's kernel with an initramfs holding busybox, the
+# tool, e2fsck and host/powercut/init.  The sandbox root (host/kit: the
+# recording stand-ins, the driver configuration file, the database) lives on
+# a raw ext4 disk (virtio-blk) mounted with noauto_da_alloc.  Each cycle the guest runs
+# real tool invocations in a loop (host/powercut/loop.sh) and the host kills
+# qemu with SIGKILL at a random instant 6 to 30 s into the loop
+# (POWERCUT_WINDOW=LO-HI changes it); whatever the guest had not written to
+# its disk is lost as at a power cut.  The next boot checks the file system
+# and the driver file, which must equal one of the states an uninterrupted
+# run of the loop passes through (recorded by a reference boot), and runs
+# one more invocation.  The same cycles with the rig's own writer, which
+# replaces the file by rename without syncing, must show damage: otherwise
+# the rig proves nothing.  Both series run side by side, one machine each.
+# Exit status 0 only when the tool's files are all whole and the unsynced
+# writer's are not.
+set -eu
+N=${1:-20}
+window=${POWERCUT_WINDOW:-6-30}
+lo=${window%-*}
+hi=${window#*-}
+top=$(cd "$(dirname "$0")/.." && pwd)
+pc=$top/host/powercut
+build=$top/build-powercut
+
+"$top/host/deps.sh"
+need=""
+for pkg in qemu-system-x86 busybox-static cpio e2fsprogs gcc xz-utils; do
+    dpkg -s "$pkg" > /dev/null 2>&1 || need="$need $pkg"
+done
+if [ -n "$need" ]; then
+    SUDO=""
+    [ "$(id -u)" -eq 0 ] || SUDO=sudo
+    $SUDO apt-get update || true
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends $need
+fi
+
+work=$(mktemp -d /tmp/powercut-XXXXXX)
+cleanup() {
+    set +e
+    for p in ${series_pids:-}; do kill -TERM "$p" 2> /dev/null; done
+    wait 2> /dev/null
+    for f in "$work"/*.pid; do
+        [ -f "$f" ] && kill -KILL "$(cat "$f")" 2> /dev/null
+    done
+    rm -rf "$work"
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM HUP
+
+cmake -S "$top" -B "$build" -DBUILD_TESTING=OFF > /dev/null
+cmake --build "$build" --target wlanSyncTool -j "$(nproc 2>/dev/null || echo 2)" > /dev/null
+
+# Debian's own kernel, from its package (kept in the build folder).  Its
+# image is unpacked once (an xz stream inside the bzImage) so that qemu
+# starts the kernel at its PVH entry: the emulated processor then does not
+# decompress 60 MB at every boot, which halves the time of a boot.
+if [ ! -f "$build/kernel/vmlinux" ]; then
+    pkg=$(apt-cache search --names-only '^linux-image-6\.1\.0-[0-9]+-amd64$' | cut -d ' ' -f 1 | sort -V | tail -n 1)
+    (cd "$work" && apt-get download "$pkg" > /dev/null 2>&1)
+    dpkg -x "$work"/linux-image-*.deb "$work/kernel"
+    rm -rf "$build/kernel"
+    mkdir -p "$build/kernel/modules"
+    image=$(echo "$work"/kernel/boot/vmlinuz-*)
+    at=$(LC_ALL=C grep -abo "$(printf '\3757zXZ')" "$image" | head -n 1 | cut -d : -f 1)
+    tail -c +$((at + 1)) "$image" | xz -dc > "$build/kernel/vmlinux.part" 2> /dev/null || true
+    find "$work/kernel/lib/modules" -name '*.ko' | while read -r ko; do
+        case ${ko##*/} in
+        virtio.ko | virtio_ring.ko | virtio_pci_legacy_dev.ko | virtio_pci_modern_dev.ko | \
+            virtio_pci.ko | virtio_blk.ko | crc16.ko | mbcache.ko | jbd2.ko | \
+            crc32c_generic.ko | ext4.ko) cp "$ko" "$build/kernel/modules/" ;;
+        esac
+    done
+    rm -rf "$work/kernel" "$work"/linux-image-*.deb
+    mv "$build/kernel/vmlinux.part" "$build/kernel/vmlinux"
+fi
+
+# The initramfs: busybox, the tool and e2fsck with their libraries, the
+# recording shim of the reference run, the modules, the loop and the init.
+ird=$work/initramfs
+mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib/modules"
+cp /bin/busybox "$ird/bin/busybox"
+strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
+cp /sbin/e2fsck "$ird/sbin/"
+gcc -O2 -shared -fPIC -o "$ird/lib/shim.so" "$pc/shim.c" -ldl
+for bin in "$build/wlanSyncTool" /sbin/e2fsck "$ird/lib/shim.so"; do
+    for lib in $(ldd "$bin" | grep -o '/[^ ]*'); do cp -L --parents "$lib" "$ird"; done
+done
+cp "$build"/kernel/modules/*.ko "$ird/lib/modules/"
+cp "$pc/init" "$pc/loop.sh" "$ird/"
+chmod +x "$ird/init"
+# Not compressed: the kernel unpacks it faster than it inflates it.
+(cd "$ird" && find . | cpio -o -H newc --quiet) > "$work/initramfs.cpio"
+
+# The disk: the sandbox root with the fixed databases and the initial file.
+disk=$work/disk
+sh "$top/host/kit/sandbox.sh" "$disk/ap" "$top/sim/default.sql" "$pc/seed.sql"
+cp "$disk/ap/tmp/system.db" "$disk/ap/tmp/channel11.db"
+sqlite3 "$disk/ap/tmp/channel11.db" "UPDATE dot11Radio SET configuredChannel=11"
+cp "$disk/ap/etc/Wireless/RT2860AP/RT2860AP.dat" "$disk/init.dat"
+mke2fs -q -F -t ext4 -d "$disk" "$work/reference.img" 64M > /dev/null
+
+# boot NAME DISK MODE CHECK [LIMIT]: start a machine in the background; its console
+# goes to $work/NAME.log, its pid to $work/NAME.pid.
+boot() {
+    rm -f "$work/$1.pid"
+    : > "$work/$1.log"
+    timeout -s KILL "${5:-$((hi + 120))}" qemu-system-x86_64 -machine pc -accel tcg -m 256 -smp 1 \
+        -nodefaults -no-user-config -display none -monitor none -no-reboot \
+        -serial "file:$work/$1.log" -pidfile "$work/$1.pid" \
+        -kernel "$build/kernel/vmlinux" -initrd "$work/initramfs.cpio" \
+        -append "console=ttyS0 quiet loglevel=3 panic=-1 mitigations=off pc_mode=$3 pc_check=$4 pc_span=$span pc_passes=${passes:-0}" \
+        -drive "file=$2,format=raw,if=virtio,cache=unsafe" > /dev/null 2>&1 &
+    qemu=$!
+}
+# The guest's lines for the host.
+said() { tr -d '\r' < "$work/$1.log" | sed -n 's/^PC: //p'; }
+
+# The reference: every state an uninterrupted run passes through.  The file
+# grows by a few empty lines per pass, so the states depend on the number of
+# passes: the reference runs for twice the longest time to a cut, and the
+# cycles run no more passes than it did.
+span=$((2 * hi + 10))
+boot reference "$work/reference.img" reference 0 $((span + 240))
+{ wait "$qemu" || true; } 2> /dev/null
+said reference | sed -n 's/^STATE //p' > "$work/states.sha"
+passes=$(said reference | sed -n 's/^PASSES \([0-9]*\) .*/\1/p')
+if ! said reference | grep -qx 'REFERENCE DONE' || ! said reference | grep -q '^REPEATABLE '; then
+    tr -d '\r' < "$work/reference.log" | grep -v 'STATE ' | tail -n 30
+    echo "the reference run failed, or a second run of its first pass went another way" >&2
+    exit 1
+fi
+echo "reference: $passes passes of the loop, $(said reference | sed -n 's/^PASSES [0-9]* in //p'), $(($(wc -l < "$work/states.sha") - 1)) replacements of the driver file"
+
+# series LABEL MODE: N power cuts, each checked at the next boot.
+series() {
+    name=$2
+    img=$work/$name.img
+    trap 'kill -KILL "$(cat "$work/$name.pid" 2> /dev/null)" 2> /dev/null; exit 1' TERM
+    cp --sparse=always "$work/reference.img" "$img"
+    damaged=0
+    start=$(date +%s)
+    i=0
+    while [ "$i" -le "$N" ]; do
+        check=1
+        [ "$i" -gt 0 ] || check=0
+        mode=$2
+        [ "$i" -lt "$N" ] || mode=check
+        boot "$name" "$img" "$mode" "$check"
+        if [ "$mode" = check ]; then
+            { wait "$qemu" || true; } 2> /dev/null
+        else
+            t=0
+            while ! said "$name" | grep -q '^LOOP START' && kill -0 "$qemu" 2> /dev/null; do
+                sleep 0.1
+            done
+            # A random instant in the window, to the millisecond.
+            r=$(od -An -N4 -tu4 /dev/urandom | tr -d ' ')
+            ms=$((lo * 1000 + r % ((hi - lo) * 1000 + 1)))
+            t=$(printf '%d.%03d' $((ms / 1000)) $((ms % 1000)))
+            sleep "$t" &
+            wait $!
+            if [ -f "$work/$name.pid" ]; then kill -KILL "$(cat "$work/$name.pid")" 2> /dev/null || true; fi
+            { wait "$qemu" || true; } 2> /dev/null
+            rm -f "$work/$name.pid"
+            ended=""
+            ! said "$name" | grep -qx 'LOOP ENDED' || ended=", after the loop had ended"
+        fi
+        if [ "$check" = 1 ]; then
+            line=$(said "$name" | sed -n 's/^CHECK //p' | head -n 1)
+            verdict=whole
+            case " $line " in *" fsck=0 "*) ;; *) verdict=damaged ;; esac
+            case " $line " in *" exists=1 "*) ;; *) verdict=damaged ;; esac
+            case " $line " in *" size=0 "*) verdict=damaged ;; esac
+            case " $line " in *" eol=1 "*) ;; *) verdict=damaged ;; esac
+            case " $line " in *" invoke=0 "*) ;; *) verdict=damaged ;; esac
+            sha=$(printf '%s\n' "$line" | sed -n 's/.* sha=\([^ ]*\).*/\1/p')
+            state=$(grep -nx "${sha:-none}" "$work/states.sha" | head -n 1 | cut -d : -f 1)
+            [ -n "$state" ] || verdict=damaged
+            [ "$verdict" = whole ] || damaged=$((damaged + 1))
+            echo "$1: cut $i at ${last:-?} s$lastended: $verdict${state:+, state $state of $(wc -l < "$work/states.sha")} (${line:-no check line})"
+        fi
+        last=${t:-}
+        lastended=${ended:-}
+        i=$((i + 1))
+    done
+    secs=$(($(date +%s) - start))
+    echo "$1: $N cuts in $secs s, $(awk "BEGIN { printf \"%.1f\", $secs / $N }") s per cut (boot, loop and check)"
+    echo "$damaged" > "$work/$name.damaged"
+}
+
+series "unsynced writer" writer &
+series_pids=$!
+series tool tool &
+series_pids="$series_pids $!"
+for p in $series_pids; do wait "$p"; done
+series_pids=""
+echo "unsynced writer: power cuts: $N, damaged files: $(cat "$work/writer.damaged")"
+echo "power cuts: $N, damaged files: $(cat "$work/tool.damaged")"
+[ "$(cat "$work/tool.damaged")" -eq 0 ] && [ "$(cat "$work/writer.damaged")" -gt 0 ]
