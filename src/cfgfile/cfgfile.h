@@ -87,9 +87,13 @@ bool appendLine(const char* file, const std::string& line);
 // 0 on success; on failure the old file stays.
 int replaceCfgFile(const char* from);
 
-// The rebuild file moved over the configuration file; logs failed (with the
-// file's path) and returns false when that cannot be done.
-bool commitCfg(const LogMsg& failed);
+// Logs that the configuration file could not be rewritten and is left as
+// it was; returns false.
+bool rewriteFailed();
+
+// The rebuild file moved over the configuration file; logs and returns
+// false when that cannot be done.
+bool commitCfg();
 
 struct FileCloser {
     void operator()(FILE* f) const;

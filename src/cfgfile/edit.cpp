@@ -90,10 +90,8 @@ bool copyLines(const char* src, const char* dst, std::initializer_list<const cha
 bool splitCfg(const char* needle, bool wantExtract) {
     std::string cfg = cfgPath();
     if ((wantExtract && !copyLines(cfg.c_str(), extractPath().c_str(), {needle}, true)) ||
-        !copyLines(cfg.c_str(), rebuildPath().c_str(), {needle}, false)) {
-        logMsg(kCfgUnreadable, cfg.c_str());
-        return false;
-    }
+        !copyLines(cfg.c_str(), rebuildPath().c_str(), {needle}, false))
+        return rewriteFailed();
     return true;
 }
 
@@ -123,11 +121,12 @@ int replaceCfgFile(const char* from) {
     return 0;
 }
 
-bool commitCfg(const LogMsg& failed) {
-    if (replaceCfgFile(rebuildPath().c_str()) == 0) return true;
-    logMsg(failed, cfgPath().c_str());
+bool rewriteFailed() {
+    logMsg(kCfgUnreadable, cfgPath().c_str());
     return false;
 }
+
+bool commitCfg() { return replaceCfgFile(rebuildPath().c_str()) == 0 || rewriteFailed(); }
 
 bool listWithEntry(const char* listKey, const std::string& entry) {
     File in(adpFileOpen(cfgPath().c_str(), "r"));

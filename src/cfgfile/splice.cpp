@@ -99,7 +99,7 @@ extern "C" int concat_nd_modify_cfg_file(int pos, const char* key, const char* v
         else if (line.find('=') == std::string::npos) ok = appendLine(rebuild.c_str(), withoutLineEnd(line));
         else ok = appendLine(rebuild.c_str(), spliceEntry(line, pos, value));
         if (!ok) {
-            wlan::logMsg(kCfgUnreadable, cfgPath().c_str());
+            rewriteFailed();
             return -1;
         }
     }

@@ -47,16 +47,10 @@ bool editList(const char* key, int pos, const std::string& value) {
     return splitCfg(key, true) && concat_nd_modify_cfg_file(pos, key, value.c_str()) == 0;
 }
 
-// The rebuild file could not take a line: nothing may be moved.
-bool appendFailed() {
-    wlan::logMsg(kCfgUnreadable, cfgPath().c_str());
-    return false;
-}
-
 // Every line whose key holds needle replaced by one new line.
 bool editLine(const std::string& needle, const std::string& newLine) {
     if (!splitCfg(needle.c_str(), false)) return false;
-    return appendLine(rebuildPath().c_str(), newLine) || appendFailed();
+    return appendLine(rebuildPath().c_str(), newLine) || rewriteFailed();
 }
 
 // The address added to, or removed from, the VAP's access-control list.
@@ -67,7 +61,7 @@ bool editAccessControl(const std::string& listKey, const std::string& mac) {
     if (!in) return false;  // its lines could not be rebuilt: no move
     std::string line;
     while (readLine(in.get(), line))
-        if (!appendLine(rebuild.c_str(), aclToggle(line, mac))) return appendFailed();
+        if (!appendLine(rebuild.c_str(), aclToggle(line, mac))) return rewriteFailed();
     return true;
 }
 
@@ -115,5 +109,5 @@ extern "C" int update_cfg_file(const char* ifname, const char* key, int intValue
         break;
     }
     // Failures are logged where they happen; the file stays as it was.
-    return edited && commitCfg(kCfgUnreadable) ? 0 : -1;
+    return edited && commitCfg() ? 0 : -1;
 }
