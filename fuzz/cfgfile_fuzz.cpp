@@ -1,15 +1,17 @@
 // Whole edits of a fuzzed configuration file whose lines and values hold key
 // names.  Checks what every edit must keep: the lines whose key part does
 // not hold the text sought come first, unchanged and in order; after them
-// only lines whose key part holds it (and the empty line after each
-// carried-along line); no line split or merged; a refused edit changes
-// nothing.
+// only lines whose key part holds it, never an empty one; no line split or
+// merged; a refused edit changes nothing; the same edit again leaves the
+// file as it is, not even rewritten (but an access-list toggle, or a list
+// entry holding ';', which splits).
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
 
 #include "cfgfile/cfgfile.h"
 #include "sandbox.h"
@@ -72,8 +74,7 @@ void check(const std::string& before, const std::string& after, const std::strin
     }
     size_t written = 0;
     for (size_t i = kept; i < a.size(); ++i) {
-        if (a[i].empty()) continue;  // after a carried-along line
-        if (!keyHolds(a[i], sought)) std::abort();
+        if (!keyHolds(a[i], sought)) std::abort();  // an empty line too
         ++written;
     }
     if (written != (changed < 0 ? selected : static_cast<size_t>(changed))) std::abort();
@@ -107,25 +108,40 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string ifname = "vap" + std::to_string(idx);
     int intValue = in.ConsumeIntegralInRange(-2, 3);
     std::string text = in.ConsumeBool() ? words(in) : in.ConsumeRandomLengthString(40);
+    text = text.c_str();  // values reach the tool as C strings
     int slot = in.ConsumeIntegralInRange(0, 5);
     int what = in.ConsumeIntegralInRange(0, 2);
+    wlan::cfg::discard();
     std::ofstream(cfg, std::ios::binary) << file(in);
 
     std::string before = slurp();
-    bool done;
     std::pair<std::string, int> edit;
-    if (what == 0) {
-        done = update_cfg_file(ifname.c_str(), key.c_str(), intValue, text.c_str()) == 0;
-        edit = sought(key, idx);
-    } else if (what == 1) {
-        done = dot11WdsAddMac(slot, text.c_str()) == 0 && slurp() != before;
-        edit = {"WdsList", -1};
-    } else {
-        done = !wlan::cfg::holdsLineEnd(text.c_str()) && wlan::cfg::replaceLines({"EAPifname"}, {"EAPifname=" + text});
-        edit = {"EAPifname", 1};
-    }
+    auto apply = [&] {
+        bool done;
+        if (what == 0) {
+            done = update_cfg_file(ifname.c_str(), key.c_str(), intValue, text.c_str()) == 0;
+            edit = sought(key, idx);
+        } else if (what == 1) {
+            done = dot11WdsAddMac(slot, text.c_str()) == 0;
+            edit = {"WdsList", -1};
+        } else {
+            done = !wlan::cfg::holdsLineEnd(text.c_str()) && wlan::cfg::replaceLines({"EAPifname"}, {"EAPifname=" + text});
+            edit = {"EAPifname", 1};
+        }
+        return wlan::cfg::commit() && done;
+    };
+    bool done = apply();
     std::string after = slurp();
     if (!done && after != before) std::abort();  // a refused edit changes nothing
-    if (done) check(before, after, edit.first, edit.second);
+    if (!done) return 0;
+    check(before, after, edit.first, edit.second);
+    // An access list toggles; a list entry holding ';' becomes two entries.
+    if ((what == 0 && key == "AccessControlList") || (edit.second < 0 && text.find(';') != std::string::npos))
+        return 0;
+    struct stat first, second;
+    stat(cfg.c_str(), &first);
+    apply();
+    stat(cfg.c_str(), &second);
+    if (slurp() != after || first.st_ino != second.st_ino) std::abort();
     return 0;
 }

@@ -7,7 +7,7 @@ extern "C" {
 
 // Stops the daemon, takes the wireless bridge ports down, rewrites the
 // "EAPifname" line from the VLAN table, brings the ports up and starts the
-// daemon.  0 on success, -1 on failure.
+// daemon.  0 on success, -1 on failure (the daemon started all the same).
 int eapDaemonRestart(const char* dbFile);
 
 // radiusClient: the RADIUS lines of the configuration file rewritten from
@@ -22,3 +22,10 @@ int vlanPortMgmtTblHandler(const char* dbFile, int opType, int64_t rowId, char**
                            int nCols, int nRows, char** priorRow);
 
 }  // extern "C"
+
+namespace wlan::auth {
+
+// Starts the daemon on the file holding every edit so far; its status.
+int startDaemon();
+
+}  // namespace wlan::auth

@@ -24,14 +24,10 @@ inline constexpr char kRadiusPortKey[] = "RADIUS_Port";
 inline constexpr char kRadiusSecretKey[] = "RADIUS_Key";
 inline constexpr char kOwnAddressKey[] = "own_ip_addr";
 
-inline constexpr LogMsg kEapCfgUnreadable{kLogError, "eapDaemonRestart", 3140,
-                                          "Cannot rewrite %s: left unchanged.\n"};
 inline constexpr LogMsg kRadiusDelete{kLogError, "radiusClientHandler", 969,
                                       "Invalid delete database operation.\n"};
 // Refusals: the configuration file stays as it was.
 inline constexpr LogMsg kRadiusLineEnd{kLogError, "radiusClientHandler", 1004,
                                        "Value of %s holds a line end: not written.\n"};
-inline constexpr LogMsg kRadiusCfgUnreadable{kLogError, "radiusClientHandler", 1011,
-                                             "Cannot rewrite %s: left unchanged.\n"};
 
 }  // namespace wlan::auth

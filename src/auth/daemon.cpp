@@ -40,13 +40,31 @@ bool eapLine(const Rows& vlans, std::string& line) {
     return true;
 }
 
-// Every line naming EAPifname dropped, the new one appended last.
-void writeEapLine(const std::string& line) {
-    if (!wlan::cfg::replaceLines({wlan::auth::kEapKey}, {line}))
-        wlan::logMsg(wlan::auth::kEapCfgUnreadable, wlan::cfg::cfgPath().c_str());
+// Between the daemon's stop and its start: ports down, "EAPifname" rewritten,
+// ports up.  False at the first failure.  A file that cannot be read is
+// logged where it is read; the daemon then starts on the file as it is.
+bool reconfigure(const char* dbFile, const Rows& ports) {
+    if (!walkPorts(ports, false)) return false;
+    Rows vlans = Rows::query(nullptr, dbFile, wlan::auth::kVlans);
+    std::string line;
+    if (vlans.failed() || !eapLine(vlans, line)) return false;
+    wlan::cfg::replaceLines({wlan::auth::kEapKey}, {line});
+    return walkPorts(ports, true);
 }
 
 }  // namespace
+
+namespace wlan::auth {
+
+int startDaemon() {
+    // It reads the file when it starts: every edit so far goes to it first.
+    wlan::cfg::commit();
+    std::string daemon = wlan::rootPath(kDaemon);
+    const char* start[] = {daemon.c_str(), nullptr};
+    return adpCmdExec(start);
+}
+
+}  // namespace wlan::auth
 
 extern "C" int eapDaemonRestart(const char* dbFile) {
     Rows ports = Rows::query(nullptr, dbFile, wlan::auth::kBridgePorts);
@@ -54,16 +72,9 @@ extern "C" int eapDaemonRestart(const char* dbFile) {
 
     const char* killall[] = {"killall", wlan::auth::kDaemonName, nullptr};
     adpCmdExec(killall);
-    if (!walkPorts(ports, false)) return -1;
-
-    Rows vlans = Rows::query(nullptr, dbFile, wlan::auth::kVlans);
-    std::string line;
-    if (vlans.failed() || !eapLine(vlans, line)) return -1;
-    writeEapLine(line);
-
-    if (!walkPorts(ports, true)) return -1;
-    std::string daemon = wlan::rootPath(wlan::auth::kDaemon);
-    const char* start[] = {daemon.c_str(), nullptr};
-    adpCmdExec(start);
-    return 0;
+    bool ok = reconfigure(dbFile, ports);
+    // Started again even after a failure: 802.1X is never left down until
+    // the next change.
+    wlan::auth::startDaemon();
+    return ok ? 0 : -1;
 }

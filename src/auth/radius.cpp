@@ -74,15 +74,23 @@ bool writeRadiusLines(const std::vector<CfgLine>& lines) {
             return false;
         }
     }
-    std::vector<std::string> texts;
+    wlan::cfg::Lines texts;
     for (const CfgLine& line : lines) texts.push_back(line.text);
-    if (!wlan::cfg::replaceLines({auth::kRadiusServerKey, auth::kRadiusPortKey,
-                                  auth::kRadiusSecretKey, auth::kOwnAddressKey},
-                                 texts)) {
-        wlan::logMsg(auth::kRadiusCfgUnreadable, wlan::cfg::cfgPath().c_str());
-        return false;
-    }
-    return true;
+    // A file that cannot be read is logged where it is read.
+    return wlan::cfg::replaceLines({auth::kRadiusServerKey, auth::kRadiusPortKey,
+                                    auth::kRadiusSecretKey, auth::kOwnAddressKey},
+                                   texts);
+}
+
+// The RADIUS lines rewritten from the tables; false when a query fails, a row
+// lacks a value or a value cannot be written.
+bool rewrite(const char* dbFile) {
+    Rows own = Rows::query(nullptr, dbFile, auth::kOwnAddresses);
+    if (own.failed()) return false;
+    Rows servers = Rows::query(nullptr, dbFile, auth::kRadiusServers);
+    if (servers.failed()) return false;
+    std::vector<CfgLine> lines;
+    return radiusLines(own, servers, lines) && writeRadiusLines(lines);
 }
 
 }  // namespace
@@ -95,18 +103,13 @@ extern "C" int radiusClientHandler(const char* dbFile, int opType, int64_t, char
     }
     if (opType != OP_INSERT && opType != OP_UPDATE) return -1;
 
-    // Stopped first; only a complete rewrite starts it again.
     const char* killall[] = {"killall", auth::kDaemonName, nullptr};
     adpCmdExec(killall);
-
-    Rows own = Rows::query(nullptr, dbFile, auth::kOwnAddresses);
-    if (own.failed()) return -1;
-    Rows servers = Rows::query(nullptr, dbFile, auth::kRadiusServers);
-    if (servers.failed()) return -1;
-    std::vector<CfgLine> lines;
-    if (!radiusLines(own, servers, lines) || !writeRadiusLines(lines)) return -1;
-
-    if (Rows::query(nullptr, dbFile, auth::kVapInterfaces).failed()) return -1;
+    if (!rewrite(dbFile) || Rows::query(nullptr, dbFile, auth::kVapInterfaces).failed()) {
+        // Never left stopped: the daemon starts on the file as the failure left it.
+        auth::startDaemon();
+        return -1;
+    }
     eapDaemonRestart(dbFile);
     return 0;
 }

@@ -1,18 +1,18 @@
-// Edits of the driver configuration file.  Each edit splits the file into
-// the lines to change (the extract file) and the lines to keep (the rebuild
-// file), appends the changed lines to the rebuild file and moves it over the
-// configuration file: kept lines first, in their old order, changed lines
-// last.  The work is done in-process, so no value ever reaches a shell.
+// Edits of the driver configuration file.  Each edit takes out the lines it
+// changes and appends their new text last: kept lines first, in their old
+// order, changed lines at the end, each line with exactly one line end.
 //
-// Lines are selected by their key part alone (through the first '=', the
-// whole line without one), so that a value holding a key's name - an SSID
-// "Cafe SSID1 free" - never drops, moves or splices a line.  Each new file
-// is synced before it is renamed over the configuration file.
+// An invocation's edits go to a copy of the file in memory, read at its
+// first edit, and reach the file in one durable replacement (commit) right
+// before a program that reads the file starts (the driver when an interface
+// opens, the 802.1X daemon) and when the dispatch ends.  So a change is one
+// replacement, and a power cut leaves the file before or after it, never
+// partway.  Lines are selected by their key part alone (through the first
+// '=', the whole line without one), so that a value holding a key's name - an
+// SSID "Cafe SSID1 free" - never drops, moves or splices a line.
 #pragma once
 
-#include <cstdio>
 #include <initializer_list>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,13 +22,11 @@
 extern "C" {
 
 // Writes key of VAP interface ifname (vap0..vap3): intValue when it is 0 or
-// more, else textValue.  Returns 0 once the file was replaced, non-zero
-// otherwise.
+// more, else textValue.  Returns 0 once the copy holds it, -1 otherwise.
 int update_cfg_file(const char* ifname, const char* key, int intValue, const char* textValue);
 
-// Appends the extract file's lines to the rebuild file, entry pos (from 1)
-// of key's list line replaced by value.  Returns -1 when nothing may be
-// moved over the configuration file.
+// Entry pos (from 1) of key's list line replaced by value; the lines whose
+// key part holds key move last with it.  -1 when the file cannot be read.
 int concat_nd_modify_cfg_file(int pos, const char* key, const char* value);
 
 // Sets or clears (00:00:00:00:00:00) slot 1..4 of the WdsList line.
@@ -39,12 +37,37 @@ int dot11WdsDelMac(int slot);
 
 namespace wlan::cfg {
 
-// Entry pos of a list line (Key=v1;v2;...) replaced by value, without line
-// end.  A list shorter than pos is extended with empty entries.
+using Lines = std::vector<std::string>;
+
+// Takes every line whose key part holds one of needles out of the copy (into
+// taken, when given, in file order; without line ends).  False when the file
+// could not be read: then nothing may be edited.
+bool takeLines(std::initializer_list<const char*> needles, Lines* taken);
+
+// Appends a line (given without line end) to the copy.
+void appendLine(std::string_view line);
+
+// The lines taken for needles replaced by lines, appended last.
+bool replaceLines(std::initializer_list<const char*> needles, const Lines& lines);
+
+// True when a line of the copy whose key part holds listKey has the entry.
+bool listWithEntry(const char* listKey, const std::string& entry);
+
+// Writes the copy over the file (written whole, old mode and owner, synced,
+// renamed, folder synced) when it differs from it.  True when the file holds
+// every edit made so far; otherwise the old file stays.
+bool commit();
+
+// Forgets the copy and its edits (a new sandbox, or a file written behind
+// the tool's back).
+void discard();
+
+// Entry pos of a list line (Key=v1;v2;...) replaced by value.  A list
+// shorter than pos is extended with empty entries.
 std::string spliceEntry(const std::string& line, int pos, const std::string& value);
 
 // An access-control list line with the entry mac removed when it holds it,
-// appended otherwise; without line end unless the removal kept the old one.
+// appended otherwise.
 std::string aclToggle(const std::string& line, const std::string& mac);
 
 // The text of line through its first '=', or the whole line.
@@ -60,53 +83,8 @@ struct EntryAt {
 };
 EntryAt findEntry(const std::string& line, const std::string& text);
 
-// True when a line whose key part holds listKey has the entry text.
-bool listWithEntry(const char* listKey, const std::string& entry);
-
-// cat src | grep [-v] needle... > dst, the needles sought in each line's key
-// part: the lines that hold one of them (keep == true) or none of them.
-// False when src cannot be read or dst cannot be written.
-bool copyLines(const char* src, const char* dst, std::initializer_list<const char*> needles,
-               bool keep);
-
-// The configuration file split on needle: the lines holding it to the
-// extract file (when wanted), the others to the rebuild file.  Logs and
-// returns false when it cannot be done; the configuration file is untouched.
-bool splitCfg(const char* needle, bool wantExtract);
-
-// Whole-line rewrite: every line whose key holds one of the needles dropped, the new
-// lines appended last, the result moved over the configuration file.  False,
-// with the file untouched, when that cannot be done.
-bool replaceLines(std::initializer_list<const char*> needles, const std::vector<std::string>& lines);
-
-// echo 'line' >> file.
-bool appendLine(const char* file, const std::string& line);
-
-// mv -f from over the configuration file, made durable: from is synced
-// before the rename and the folder after the invocation's last rename.
-// 0 on success; on failure the old file stays.
-int replaceCfgFile(const char* from);
-
-// Logs that the configuration file could not be rewritten and is left as
-// it was; returns false.
-bool rewriteFailed();
-
-// The rebuild file moved over the configuration file; logs and returns
-// false when that cannot be done.
-bool commitCfg();
-
-struct FileCloser {
-    void operator()(FILE* f) const;
-};
-using File = std::unique_ptr<FILE, FileCloser>;
-
-// The next whole line, whatever its length, its line end kept; false at the
-// end of the file.
-bool readLine(FILE* file, std::string& line);
-
 // The resolved paths.
 std::string cfgPath();
-std::string extractPath();
 std::string rebuildPath();
 
 // A value that cannot stand on one line of the file.

@@ -7,9 +7,8 @@ namespace wlan::cfg {
 
 // The driver reads its settings from this file at start.
 inline constexpr char kCfgFile[] = "/etc/Wireless/RT2860AP/RT2860AP.dat";
-// Temporary: the lines being edited (lower-case "rt": another file).
-inline constexpr char kExtractFile[] = "/etc/Wireless/RT2860AP/rt2860AP.dat";
-// Temporary: the new configuration file while it is assembled.
+// Temporary: the new configuration file while it is written, before it is
+// renamed over the old one (lower-case "rt": another file).
 inline constexpr char kRebuildFile[] = "/etc/Wireless/RT2860AP/rt2860AP1.dat";
 
 inline constexpr char kWdsListKey[] = "WdsList";
@@ -19,12 +18,11 @@ inline constexpr LogMsg kNotVap{kLogError, "update_cfg_file", 433,
                                 "Interface called is not a VAP (%s).\n"};
 inline constexpr LogMsg kInvalidIf{kLogError, "update_cfg_file", 441,
                                    "Invalid interface called (%s).\n"};
-inline constexpr LogMsg kNotFound{kLogError, "concat_nd_modify_cfg_file", 376,
-                                  "%s parameter not found in the default configuration file.\n"};
 
 // Refusals: nothing is written and the file stays as it was.
 inline constexpr LogMsg kValueLineEnd{kLogError, "update_cfg_file", 447,
                                       "Value of %s holds a line end: not written.\n"};
+// The file could not be read or replaced: once per invocation.
 inline constexpr LogMsg kCfgUnreadable{kLogError, "update_cfg_file", 452,
                                        "Cannot rewrite %s: left unchanged.\n"};
 inline constexpr LogMsg kWdsLineEnd{kLogError, "dot11WdsAddMac", 3602,

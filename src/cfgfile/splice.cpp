@@ -4,14 +4,13 @@
 
 #include "cfgfile/cfgfile.h"
 #include "cfgfile/cfgtext.h"
-#include "platform/platform.h"
 
 namespace wlan::cfg {
 
 namespace {
 
-// Lines that reach the extract file only because their key contains the
-// edited one ("EncrypType", "AuthMode"); they are copied unchanged.
+// Lines taken with a list only because their key contains the edited one
+// ("EncrypType", "AuthMode"); they are carried along unchanged.
 constexpr const char* kPassThrough[] = {"WdsEncrypType", "MeshEncrypType", "MeshAuthMode"};
 
 bool passThrough(const std::string& line) {
@@ -20,13 +19,8 @@ bool passThrough(const std::string& line) {
     return false;
 }
 
-std::string withoutLineEnd(std::string line) {
-    if (!line.empty() && line.back() == '\n') line.pop_back();
-    return line;
-}
-
-// An empty access-control list, "AccessControlListN=" and its line end.
-constexpr size_t kEmptyAclLine = 20;
+// An empty access-control list, "AccessControlListN=".
+constexpr size_t kEmptyAclLine = 19;
 
 }  // namespace
 
@@ -38,30 +32,24 @@ std::string spliceEntry(const std::string& line, int pos, const std::string& val
         size_t semi = line.find(';', start);
         if (semi == std::string::npos) {
             // Fewer entries than pos: the list grows by empty entries.
-            std::string grown = line;
-            if (!grown.empty() && grown.back() == '\n') grown.pop_back();
-            return grown + std::string(static_cast<size_t>(pos - entry), ';') + value;
+            return line + std::string(static_cast<size_t>(pos - entry), ';') + value;
         }
         start = semi + 1;
     }
     std::string spliced = line.substr(0, start) + value;
     size_t semi = line.find(';', start);
-    if (semi == std::string::npos) return spliced;  // last entry: old value and line end go
-    spliced += line.substr(semi);
-    if (spliced.back() == '\n') spliced.pop_back();
-    return spliced;
+    if (semi == std::string::npos) return spliced;  // last entry: the old value goes
+    return spliced + line.substr(semi);
 }
 
 EntryAt findEntry(const std::string& line, const std::string& text) {
     size_t eq = line.find('=');
     if (eq == std::string::npos) return {false, 0, 0};
-    size_t stop = line.size() - (!line.empty() && line.back() == '\n' ? 1 : 0);
     // A text holding ';' matches a run of whole entries.
-    for (size_t at = line.find(text, eq + 1); at != std::string::npos && at + text.size() <= stop;
-         at = line.find(text, at + 1)) {
+    for (size_t at = line.find(text, eq + 1); at != std::string::npos; at = line.find(text, at + 1)) {
         size_t end = at + text.size();
-        if ((at == eq + 1 || line[at - 1] == ';') && (end == stop || line[end] == ';'))
-            return {true, at, end == stop ? std::string::npos : end};
+        if ((at == eq + 1 || line[at - 1] == ';') && (end == line.size() || line[end] == ';'))
+            return {true, at, end == line.size() ? std::string::npos : end};
     }
     return {false, 0, 0};
 }
@@ -72,8 +60,8 @@ std::string aclToggle(const std::string& line, const std::string& mac) {
         // The entry and its separator go; the last entry leaves the ';' before it.
         return line.substr(0, at.begin) + (at.end == std::string::npos ? "" : line.substr(at.end + 1));
     }
-    if (line.size() == kEmptyAclLine) return line.substr(0, kEmptyAclLine - 1) + mac;
-    if (line.size() > kEmptyAclLine) return line.substr(0, line.size() - 1) + ";" + mac;
+    if (line.size() == kEmptyAclLine) return line + mac;
+    if (line.size() > kEmptyAclLine) return line + ";" + mac;
     return line;
 }
 
@@ -83,25 +71,14 @@ using namespace wlan::cfg;
 
 extern "C" int concat_nd_modify_cfg_file(int pos, const char* key, const char* value) {
     if (!key || !value) return -1;
-    File extract(adpFileOpen(extractPath().c_str(), "r"));
-    if (!extract) {
-        wlan::logMsg(kNotFound, key);
-        return -1;
-    }
-    // Every extracted line is kept, in its file order: the device re-creates
-    // the rebuild file at the edited line and so loses pass-through lines that
-    // stand before it.
-    std::string rebuild = rebuildPath();
-    std::string line;
-    while (readLine(extract.get(), line)) {
-        bool ok;
-        if (passThrough(line)) ok = appendLine(rebuild.c_str(), line);  // keeps its own line end too
-        else if (line.find('=') == std::string::npos) ok = appendLine(rebuild.c_str(), withoutLineEnd(line));
-        else ok = appendLine(rebuild.c_str(), spliceEntry(line, pos, value));
-        if (!ok) {
-            rewriteFailed();
-            return -1;
-        }
+    Lines taken;
+    if (!takeLines({key}, &taken)) return -1;
+    // Every line taken goes back, in its file order (the device loses the
+    // carried-along lines that stand before the key's own line), each with
+    // one line end (the device's echo added an empty line after each).
+    for (const std::string& line : taken) {
+        if (passThrough(line) || line.find('=') == std::string::npos) appendLine(line);
+        else appendLine(spliceEntry(line, pos, value));
     }
     return 0;
 }

@@ -4,7 +4,6 @@
 
 #include "cfgfile/cfgfile.h"
 #include "cfgfile/cfgtext.h"
-#include "platform/platform.h"
 
 using namespace wlan::cfg;
 
@@ -42,26 +41,18 @@ KeyClass classify(const char* key) {
     return KeyClass::Single;
 }
 
-// The list line of the key, entry pos replaced.
-bool editList(const char* key, int pos, const std::string& value) {
-    return splitCfg(key, true) && concat_nd_modify_cfg_file(pos, key, value.c_str()) == 0;
-}
-
 // Every line whose key holds needle replaced by one new line.
 bool editLine(const std::string& needle, const std::string& newLine) {
-    if (!splitCfg(needle.c_str(), false)) return false;
-    return appendLine(rebuildPath().c_str(), newLine) || rewriteFailed();
+    if (!takeLines({needle.c_str()}, nullptr)) return false;
+    appendLine(newLine);
+    return true;
 }
 
 // The address added to, or removed from, the VAP's access-control list.
 bool editAccessControl(const std::string& listKey, const std::string& mac) {
-    if (!splitCfg(listKey.c_str(), true)) return false;
-    std::string rebuild = rebuildPath();
-    File in(adpFileOpen(extractPath().c_str(), "r"));
-    if (!in) return false;  // its lines could not be rebuilt: no move
-    std::string line;
-    while (readLine(in.get(), line))
-        if (!appendLine(rebuild.c_str(), aclToggle(line, mac))) return rewriteFailed();
+    Lines taken;
+    if (!takeLines({listKey.c_str()}, &taken)) return false;
+    for (const std::string& line : taken) appendLine(aclToggle(line, mac));
     return true;
 }
 
@@ -93,7 +84,7 @@ extern "C" int update_cfg_file(const char* ifname, const char* key, int intValue
     bool edited = false;
     switch (classify(key)) {
     case KeyClass::List:
-        edited = editList(key, pos, value);
+        edited = concat_nd_modify_cfg_file(pos, key, value.c_str()) == 0;
         break;
     case KeyClass::NumberedPos:
         edited = editLine(key + std::to_string(pos), key + std::to_string(pos) + "=" + value);
@@ -108,6 +99,6 @@ extern "C" int update_cfg_file(const char* ifname, const char* key, int intValue
         edited = editLine(std::string(key) + "=", std::string(key) + "=" + value);
         break;
     }
-    // Failures are logged where they happen; the file stays as it was.
-    return edited && commitCfg() ? 0 : -1;
+    // A file that cannot be read is logged once, where it is read.
+    return edited ? 0 : -1;
 }

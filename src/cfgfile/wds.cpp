@@ -11,8 +11,7 @@ constexpr int kWdsSlots = 4;
 int writeSlot(int slot, const char* entry) {
     // A failed edit leaves the file as it was and, as on the device, does not
     // change the result: callers only hear of bad slots.
-    if (splitCfg(kWdsListKey, true) && concat_nd_modify_cfg_file(slot, kWdsListKey, entry) == 0)
-        commitCfg();
+    concat_nd_modify_cfg_file(slot, kWdsListKey, entry);
     return 0;
 }
 

@@ -51,6 +51,9 @@ extern "C" {
 
 int dot11IfUpDown(const char* ifname, int up) {
     if (!ifname) return -1;
+    // The driver reads the file when an interface opens: every edit so far
+    // goes to it first.
+    if (up) wlan::cfg::commit();
     const char* argv[] = {"ifconfig", ifname, up ? "up" : "down", nullptr};
     return adpCmdExec(argv);
 }

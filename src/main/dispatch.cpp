@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "cfgfile/cfgfile.h"
 #include "platform/platform.h"
 #include "platform/sql.h"
 
@@ -96,5 +97,9 @@ int dispatchTo(const TblHandlerEntry* table, const char* dbFile, int opType,
 
 extern "C" int tblHandlerDispatch(const char* dbFile, int opType, const char* tblName, int rowId,
                                   char** priorRow, int priorCount) {
-    return wlan::dispatchTo(handlers, dbFile, opType, tblName, rowId, priorRow, priorCount);
+    int result = wlan::dispatchTo(handlers, dbFile, opType, tblName, rowId, priorRow, priorCount);
+    // The change's edits reach the file in one replacement, on every path
+    // that returns a result; a change that could not be written fails.
+    if (!wlan::cfg::commit() && result == 0) result = -1;
+    return result;
 }

@@ -31,24 +31,20 @@ constexpr char kAdded[] = " +";
 // secrets (RADIUS_Key) and WDS keys (WdsKey), each with or without a
 // number; WEP keys are Key<n> and Key<n>Str<m>.
 constexpr const char* kSecretKeys[] = {"WPAPSK", "RADIUS_Key", "WdsKey"};
-constexpr std::string_view kWepKey = "Key", kWepKeyText = "Str";
+constexpr std::string_view kWepKey = "Key";
 
-size_t digitsEnd(std::string_view text, size_t at) {
-    while (at < text.size() && std::isdigit(static_cast<unsigned char>(text[at]))) ++at;
-    return at;
-}
-
+// A key part (through the first '=', or a whole line without one) that
+// holds a secret key's name anywhere - "#WPAPSK1=", "WPAPSK1 =",
+// "RADIUS_Key_old=" - is a secret's: over-masking costs nothing, a missed
+// pass phrase in a field log does.
 bool secretKey(std::string_view key) {
     for (std::string_view name : kSecretKeys)
-        if (key.substr(0, name.size()) == name && digitsEnd(key, name.size()) == key.size())
-            return true;
-    if (key.substr(0, kWepKey.size()) != kWepKey) return false;
-    size_t at = digitsEnd(key, kWepKey.size());
-    if (at == kWepKey.size()) return false;
-    if (at == key.size()) return true;
-    size_t text = at + kWepKeyText.size();
-    return key.substr(at, kWepKeyText.size()) == kWepKeyText && text < key.size() &&
-           digitsEnd(key, text) == key.size();
+        if (key.find(name) != std::string_view::npos) return true;
+    for (size_t at = key.find(kWepKey); at != std::string_view::npos; at = key.find(kWepKey, at + 1)) {
+        size_t digit = at + kWepKey.size();
+        if (digit < key.size() && std::isdigit(static_cast<unsigned char>(key[digit]))) return true;
+    }
+    return false;
 }
 
 // A control character as an escape, so that each trace line stays one line.
@@ -86,13 +82,17 @@ void appendWord(std::string& out, std::string_view word, bool quote = true) {
     out += '"';
 }
 
-// A setting or file line "Key=Value", the value masked when it is a secret.
-void appendItem(std::string& out, std::string_view item) {
+// A setting or file line "Key=Value", the value masked when it is a
+// secret's; a file line without '=' is all key, and all masked then.
+void appendItem(std::string& out, std::string_view item, bool fileLine = false) {
     size_t eq = item.find('=');
-    if (eq != std::string_view::npos && secretKey(item.substr(0, eq)))
+    if (eq == std::string_view::npos) {
+        appendWord(out, fileLine && secretKey(item) ? kMask : item);
+    } else if (secretKey(item.substr(0, eq + 1))) {
         appendWord(out, std::string(item.substr(0, eq + 1)) + kMask);
-    else
+    } else {
         appendWord(out, item);
+    }
 }
 
 void emit(std::string line) {
@@ -110,20 +110,15 @@ std::string rowCount(int rows) {
     return std::to_string(rows) + (rows == 1 ? " row" : " rows");
 }
 
-std::vector<std::string> fileLines(const char* path) {
-    std::vector<std::string> lines;
-    FILE* file = std::fopen(path, "r");
-    if (!file) return lines;
-    char* buffer = nullptr;
-    size_t size = 0;
-    ssize_t n;
-    while ((n = getline(&buffer, &size, file)) >= 0) {
-        if (n > 0 && buffer[n - 1] == '\n') --n;
-        lines.emplace_back(buffer, static_cast<size_t>(n));
+std::vector<std::string_view> lines(const std::string& bytes) {
+    std::vector<std::string_view> out;
+    for (size_t at = 0; at < bytes.size();) {
+        size_t end = bytes.find('\n', at);
+        if (end == std::string::npos) end = bytes.size();
+        out.push_back(std::string_view(bytes).substr(at, end - at));
+        at = end + 1;
     }
-    std::free(buffer);
-    std::fclose(file);
-    return lines;
+    return out;
 }
 
 int traceWrite(unsigned type, void*, void* stmt, void*) {
@@ -173,32 +168,33 @@ void run(const char* const argv[], int status) {
     emit(line + kResult + std::to_string(status));
 }
 
-void replacement(const char* path, const char* next) {
-    if (!on() || !path || !next) return;
+void commit(const char* path, const std::string& beforeBytes, const std::string& afterBytes, bool ok) {
+    if (!on() || !path) return;
     // The lines of the old file that the new one lacks (dropped), then those
     // of the new one that the old one lacked (added), each in file order;
     // a line present in both, in whatever place, counts once against one.
-    std::vector<std::string> before = fileLines(path), after = fileLines(next);
+    std::vector<std::string_view> before = lines(beforeBytes), after = lines(afterBytes);
     std::vector<bool> matched(after.size(), false);
     std::string dropped, added;
-    for (const std::string& old : before) {
+    for (std::string_view old : before) {
         size_t i = 0;
         while (i < after.size() && (matched[i] || after[i] != old)) ++i;
         if (i < after.size()) {
             matched[i] = true;
         } else {
             dropped += kDropped;
-            appendItem(dropped, old);
+            appendItem(dropped, old, true);
         }
     }
     for (size_t i = 0; i < after.size(); ++i) {
         if (matched[i]) continue;
         added += kAdded;
-        appendItem(added, after[i]);
+        appendItem(added, after[i], true);
     }
     std::string line = kFile;
     appendWord(line, path);
-    emit(line + (dropped.empty() && added.empty() ? kUnchanged : dropped + added));
+    line += dropped.empty() && added.empty() ? kUnchanged : dropped + added;
+    emit(ok ? line : line + kResult + kFailed + "left unchanged");
 }
 
 }  // namespace wlan::trace

@@ -1,12 +1,12 @@
 // The field trace.  With WLANSYNC_TRACE=1 the tool writes to standard error
 // one line per step at its seams: each statement with the rows it gave (or
 // changed), each program run with its arguments and status, each
-// replacement of the driver configuration file with the lines it drops and
-// adds.  Pass phrases, WEP keys, RADIUS secrets and WDS keys show as ***.
+// commit of the driver configuration file with the lines it drops and adds.  Pass phrases, WEP keys, RADIUS secrets and WDS keys show as ***.
 // Without the variable nothing is written and nothing is read for it.
 #pragma once
 
 #include <sqlite3.h>
+#include <string>
 
 namespace wlan::trace {
 
@@ -22,7 +22,8 @@ void writesOn(sqlite3* db);
 // A program run: its arguments and its status.
 void run(const char* const argv[], int status);
 
-// The file at path is about to be replaced by the file next.
-void replacement(const char* path, const char* next);
+// A commit of the file at path from the bytes before to the bytes after;
+// ok is false when it failed and the file kept before.
+void commit(const char* path, const std::string& before, const std::string& after, bool ok);
 
 }  // namespace wlan::trace

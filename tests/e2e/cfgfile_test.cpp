@@ -29,10 +29,11 @@ TEST(UpdateCfgFile, EachKeyClassRewritesItsLineLast) {
     }
     EXPECT_EQ(box.log(), "");
 
-    // A list key's extract also holds the lines whose keys contain it: they are carried along.
-    box.setCfg("A=1\nEncrypType=NONE;NONE;NONE;NONE\nB=2\nWdsEncrypType=NONE\nMeshEncrypType=NONE\n");
+    // A list key takes the lines whose keys contain it along, each with one line end;
+    // empty lines already there stay.
+    box.setCfg("A=1\nEncrypType=NONE;NONE;NONE;NONE\n\nB=2\nWdsEncrypType=NONE\nMeshEncrypType=NONE");
     update_cfg_file("vap1", "EncrypType", -1, "AES");
-    EXPECT_EQ(box.cfg(), "A=1\nB=2\nEncrypType=NONE;AES;NONE;NONE\nWdsEncrypType=NONE\n\nMeshEncrypType=NONE\n\n");
+    EXPECT_EQ(box.cfg(), "A=1\n\nB=2\nEncrypType=NONE;AES;NONE;NONE\nWdsEncrypType=NONE\nMeshEncrypType=NONE\n");
 }
 
 TEST(UpdateCfgFile, RefusesWhatItCannotWriteAndChangesNothing) {

@@ -1,12 +1,20 @@
 // Where the tool goes beyond the device in the field: values never select
-// lines, a program that never returns is stopped at its deadline, and a
-// trace on standard error tells what an invocation did.
+// lines, a change is one commit of the file, a program that never returns is
+// stopped at its deadline, and a trace on standard error tells what an
+// invocation did.
 #include <csignal>
 #include <cstdlib>
+#include <sys/stat.h>
 
 #include "sandbox.h"
 
 namespace {
+
+size_t count(const std::string& text, const std::string& part) {
+    size_t n = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+    return n;
+}
 
 // The file with each key's line given its value, or added when the file has none.
 std::string withLines(std::string cfg, const std::vector<std::string>& lines) {
@@ -49,6 +57,53 @@ TEST(FieldRules, ValuesHoldingKeyNamesNeverSelectLines) {
     }
 }
 
+// The file's identity and mode: a rename gives it a new inode.
+struct stat fileStat(const std::string& path) {
+    struct stat st {};
+    stat(path.c_str(), &st);
+    return st;
+}
+
+TEST(FieldRules, OneChangeIsOneCommitBeforeEachReaderAndNothingGrows) {
+    kit::Sandbox box(kit::accessPointSeed());
+    chmod(box.cfgPath().c_str(), 0600);  // it holds pass phrases
+    setenv("WLANSYNC_TRACE", "1", 1);
+    kit::Run start = box.change(23, "dot11VAP", 1);  // a WPA2-PSK VAP start, the radio's first
+    EXPECT_EQ(count(start.errors, "trace: file "), 1u) << start.errors;
+    // The same change again writes nothing.
+    struct stat before = fileStat(box.cfgPath());
+    start = box.change(23, "dot11VAP", 1);
+    unsetenv("WLANSYNC_TRACE");
+    EXPECT_NE(start.errors.find("RT2860AP.dat unchanged\n"), std::string::npos) << start.errors;
+    EXPECT_EQ(fileStat(box.cfgPath()).st_ino, before.st_ino);
+    EXPECT_EQ(before.st_mode & 07777, 0600u);
+
+    // Rounds of the same changes leave the same bytes: no empty line added.
+    std::string round;
+    for (int i = 0; i < 5; ++i) {
+        box.sql("INSERT INTO dot11ACL VALUES ('ap1', '02:00:00:00:00:01')");
+        box.change(18, "dot11ACL", 2);
+        box.sql("DELETE FROM dot11ACL WHERE rowid=2");
+        box.change(9, "dot11ACL", 2, kit::aclRow("ap1", "02:00:00:00:00:01"));
+        box.change(23, "dot11VAP", 1);
+        if (i == 0) round = box.cfg();
+        EXPECT_EQ(box.cfg(), round) << i;
+    }
+
+    // Readers see every edit made before them: vap2 opens with vap1's SSID
+    // written, the daemon starts with its RADIUS lines.
+    kit::writeFile(box.root() + "/bin/ifconfig", "#!/bin/sh\n[ \"$2\" = up ] && cp \"$WLANSYNC_ROOT" +
+                   std::string("/etc/Wireless/RT2860AP/RT2860AP.dat\" \"$WLANSYNC_ROOT/at-$1\"\nexit 0\n"));
+    kit::writeFile(box.daemon(), "#!/bin/sh\ncp \"$WLANSYNC_ROOT/etc/Wireless/RT2860AP/RT2860AP.dat\" "
+                                 "\"$WLANSYNC_ROOT/at-daemon\"\n");
+    box.sql("UPDATE dot11Profile SET ssid='Lobby' WHERE profileName='open'");
+    EXPECT_EQ(box.change(23, "dot11Profile", 2).status, 0);
+    EXPECT_NE(kit::readFile(box.root() + "/at-vap2").find("\nSSID2=Lobby\n"), std::string::npos);
+    EXPECT_EQ(box.change(18, "radiusClient", 1).status, 0);
+    std::string daemonSaw = kit::readFile(box.root() + "/at-daemon");
+    EXPECT_TRUE(daemonSaw.ends_with("RADIUS_Key=secret;secret;secret;secret\nEAPifname=\n")) << daemonSaw;
+}
+
 TEST(FieldRules, ProgramPastItsDeadlineIsKilledAndLaterOnesRunNormally) {
     kit::Sandbox box(kit::accessPointSeed());
     std::string standin = kit::readFile(box.iwpriv());
@@ -81,26 +136,30 @@ TEST(FieldRules, TraceShowsStatementsProgramsAndFileEditsButNoSecret) {
     } cases[] = {
         {"UPDATE dot11Profile SET pskPassAscii='p4ss \"phrase\"'", "p4ss", "dot11VAP", {},
          {"trace: sql SELECT * from dot11VAP WHERE rowid=1 -> 1 row\n", "trace: run ifconfig vap0 up -> 0\n",
-          " vap0 set WPAPSK=*** -> 0\n", " -WPAPSK1=*** +WPAPSK1=***", " -\"SSID1=ap1 AP\" +SSID1=Office",
+          " vap0 set WPAPSK=*** -> 0\n", " -WPAPSK1=***", " +WPAPSK1=***", " -\"SSID1=ap1 AP\"", " +SSID1=Office",
+          " -#WPAPSK1=***", " -\"WPAPSK1 =***\"",
           " macAddress=\"02:00:00:00:00:0A\" where interfaceName==\"vap0\" -> 1 row changed\n"}},
         {"UPDATE dot11Profile SET security='WEP', wepAuth='open', defWepkeyIdx=0, wepkey0='w3p'", "w3p",
          "dot11VAP", {}, {" vap0 set Key1=*** -> 0\n", " +Key1Str1=***"}},
-        {"", "secret", "radiusClient", {}, {" +RADIUS_Key=***"}},
+        {"", "secret", "radiusClient", {}, {" +RADIUS_Key=***", " -#RADIUS_Key=***", " -RADIUS_Key_old=***"}},
         {"UPDATE dot11Radio SET wdsEnabled=1; INSERT INTO dot11WDSPeers VALUES (1, 'N2', 2, 'TKIP', 'wdsk3y')",
          "wdsk3y", "dot11WDSPeers",
          {"radioNo", "macAddress", "wdsIndexNo", "pairwiseCipher", "pskPassAscii", "1", "N2", "2", "TKIP", "k"},
-         {" -WdsKey=*** +WdsKey=***"}},
+         {" -WdsKey=***", " +WdsKey=***", " -#WdsKey=***"}},
     };
     for (const Case& c : cases) {
         kit::Sandbox box(kit::accessPointSeed());
-        box.setCfg(withLines(box.cfg(), {"SSID1=ap1 AP"}));
+        // Lines an edit drops though their key is not in the exact form: old secrets all the same.
+        box.setCfg(withLines(box.cfg(), {"SSID1=ap1 AP", "#WPAPSK1=old-psk", "WPAPSK1 =old-psk",
+                                         "#RADIUS_Key=old-psk", "RADIUS_Key_old=old-psk", "#WdsKey=old-psk"}));
         box.interfaces({{"vap0", "02:00:00:00:00:0a"}});
         box.sql(c.setup);
         setenv("WLANSYNC_TRACE", "1", 1);
         kit::Run traced = box.change(23, c.table, 1, c.prior);
         unsetenv("WLANSYNC_TRACE");
         for (const std::string& part : c.shown) EXPECT_NE(traced.errors.find(part), std::string::npos) << part;
-        EXPECT_EQ(traced.errors.find(c.secret), std::string::npos) << traced.errors;
+        for (const std::string& secret : {c.secret, std::string("old-psk")})
+            EXPECT_EQ(traced.errors.find(secret), std::string::npos) << traced.errors;
         EXPECT_EQ(box.change(23, c.table, 1, c.prior).errors, "");  // no trace without the variable
     }
 }

@@ -136,23 +136,4 @@ TEST(SecurityApply, ProfileWordsBecomeDriverSettingsInOrder) {
     EXPECT_TRUE(apply(box, "vap1", status).ends_with("AccessPolicy=2|" + kAcl.substr(15)));
 }
 
-// The driver utility keeps a copy of the file as it stands at each command.
-TEST(SecurityApply, EachKeyIsInTheFileBeforeItsCommandRuns) {
-    const char* lines[] = {"AuthMode=WPA2PSK;OPEN", "SSID1=Joe's net", "WPAPSK1=pass", "DefaultKeyID=2;1",
-        "EncrypType=AES;NONE", "RekeyMethod=TIME", "RekeyInterval=3600", "PMKCachePeriod=20",
-        "IEEE8021X=0", "PreAuth=1", "NoForwarding=1", "AccessPolicy0=2", "(none)"};
-    kit::Sandbox box(kProfileSeed);
-    std::string cfg = box.cfg();
-    box.setCfg(cfg.replace(cfg.find("IEEE8021X=0"), 11, "IEEE8021X=1"));
-    kit::writeFile(box.iwpriv(), "#!/bin/sh\nd=\"$WLANSYNC_ROOT/snap\"; mkdir -p \"$d\"\n"
-                                 "cp \"$WLANSYNC_ROOT/etc/Wireless/RT2860AP/RT2860AP.dat\" \"$d/$(ls \"$d\" | wc -l)\"\n");
-    box.enter();
-    EXPECT_EQ(dot11SecurityApply(box.db().c_str(), "it's", "Joe's net", "vap0"), 0);
-    for (size_t i = 0; i + 1 < std::size(lines); ++i) {
-        std::string snap = kit::readFile(box.root() + "/snap/" + std::to_string(i));
-        EXPECT_NE(snap.find(lines[i]), std::string::npos) << lines[i];
-        EXPECT_EQ(snap.find(lines[i + 1]), std::string::npos) << lines[i];
-    }
-}
-
 }  // namespace

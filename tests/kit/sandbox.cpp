@@ -1,5 +1,7 @@
 #include "sandbox.h"
 
+#include "cfgfile/cfgfile.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -145,6 +147,16 @@ std::vector<std::string> Sandbox::calls() const {
     return calls;
 }
 
+std::string Sandbox::cfg() const {
+    wlan::cfg::commit();
+    return readFile(cfgPath());
+}
+
+void Sandbox::setCfg(const std::string& text) const {
+    wlan::cfg::discard();
+    writeFile(cfgPath(), text);
+}
+
 std::vector<std::string> Sandbox::cfgLines() const { return lines(cfg()); }
 
 std::string Sandbox::cfgLine(const std::string& prefix) const {
@@ -155,6 +167,7 @@ std::string Sandbox::cfgLine(const std::string& prefix) const {
 }
 
 void Sandbox::enter() const {
+    wlan::cfg::discard();
     setenv("WLANSYNC_ROOT", root_.c_str(), 1);
     static const std::string hostPath = getenv("PATH");
     setenv("PATH", (root_ + "/bin:" + hostPath).c_str(), 1);

@@ -56,15 +56,18 @@ public:
         for (auto& setting : settings) setting = set(ifname) + setting;
         return settings;
     }
-    std::string cfg() const { return readFile(cfgPath()); }
+    // The file as a reader sees it: the edits this process made so far are
+    // committed first, as before a program that reads it.
+    std::string cfg() const;
     std::vector<std::string> cfgLines() const;
     bool cfgHas(const std::string& line) const { return ("\n" + cfg()).find("\n" + line + "\n") != std::string::npos; }
     // The last configuration-file line that begins with prefix ("" if none).
     std::string cfgLine(const std::string& prefix) const;
-    void setCfg(const std::string& text) const { writeFile(cfgPath(), text); }
+    void setCfg(const std::string& text) const;  // edits not yet committed are forgotten
     std::string log() const { return readFile(root_ + "/var/log/wlanSyncTool.log"); }
 
-    // Points this process at the sandbox, for calls into the tool's code.
+    // Points this process at the sandbox, for calls into the tool's code
+    // (which then starts with no edits pending).
     void enter() const;
 
     // text with each "PWNED" replaced by a path that only "touch PWNED" run
