@@ -123,12 +123,18 @@ bool replace(const std::string& bytes) {
 
 bool takeLines(std::initializer_list<const char*> needles, Lines* taken) {
     if (!load()) return false;
-    Lines kept;
+    // Kept lines close up in place: an edit runs for every setting of a
+    // VAP start, over every line of the file.
+    size_t kept = 0;
     for (std::string& line : copy.lines) {
-        if (!keyHoldsAny(line, needles)) kept.push_back(std::move(line));
-        else if (taken) taken->push_back(std::move(line));
+        if (keyHoldsAny(line, needles)) {
+            if (taken) taken->push_back(std::move(line));
+        } else {
+            if (&line != &copy.lines[kept]) copy.lines[kept] = std::move(line);
+            ++kept;
+        }
     }
-    copy.lines = std::move(kept);
+    copy.lines.resize(kept);
     copy.finalEnd = true;  // every line written ends in its line end
     copy.edited = true;
     return true;

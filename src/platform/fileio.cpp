@@ -31,6 +31,7 @@ int umiInit(void) {
     // possible before SQLite is first used; later it is refused, harmlessly.
     sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    wlan::useShortLivedMemory();
     return 0;
 }
 

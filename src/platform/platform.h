@@ -63,4 +63,8 @@ namespace wlan {
 // that file; a null db ends the loan (before db is closed).
 void shareConnection(sqlite3* db, const char* dbFile);
 
+// Gives SQLite an allocator for a short process (src/platform/sqlmem.cpp);
+// before SQLite is first used.
+void useShortLivedMemory();
+
 }  // namespace wlan
