@@ -10,6 +10,7 @@
 #include "platform/log.h"
 #include "platform/platform.h"
 #include "platform/sandbox.h"
+#include "platform/signals.h"
 #include "platform/sql.h"
 
 namespace {
@@ -22,6 +23,7 @@ extern "C" int main(int argc, char** argv) {
     const char* slash = std::strrchr(path, '/');
     const char* base = slash ? slash + 1 : path;
 
+    wlan::signals::install();
     umiInit();
     if (std::strcmp(base, "wlanSyncTool") != 0) {
         std::printf("Illegal invocation of wlanSyncTool (%s)", base);

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <string>
 #include <sys/wait.h>
@@ -11,6 +12,7 @@
 
 #include "platform/log.h"
 #include "platform/platform.h"
+#include "platform/signals.h"
 #include "platform/trace.h"
 
 extern char** environ;
@@ -21,6 +23,7 @@ namespace {
 // and through its lock every later change, for ever.
 constexpr int kDefaultDeadline = 30;
 constexpr int kTimedOut = 128 + SIGKILL;  // what a killed program gives
+constexpr long kNoPipeLook = 10000000L;   // ns between looks when no pipe could be made
 
 // Names the program and its interface, never a value: pass phrases travel
 // in these argument lists, and the first argument is never one.
@@ -54,10 +57,13 @@ timespec operator-(const timespec& a, const timespec& b) {
 }
 
 // Waits for pid until the deadline; false when it is still running then.
-// SIGCHLD is blocked by the caller, so sigtimedwait sleeps until a child
-// changes state or time runs out.
-bool waitUntil(pid_t pid, const timespec& deadline, const sigset_t& chld, int& status) {
+// The pipe is drained before each look, so a child that ends after it
+// leaves a byte that ends the next poll at once.  Stop signals are let in
+// only while polling.
+bool waitUntil(pid_t pid, const timespec& deadline, const sigset_t& pollMask, int& status) {
+    pollfd woken{wlan::signals::waitFd(), POLLIN, 0};
     for (;;) {
+        wlan::signals::drain();
         pid_t done = waitpid(pid, &status, WNOHANG);
         if (done == pid) return true;
         if (done < 0 && errno != EINTR) {
@@ -68,11 +74,12 @@ bool waitUntil(pid_t pid, const timespec& deadline, const sigset_t& chld, int& s
         clock_gettime(CLOCK_MONOTONIC, &now);
         timespec left = deadline - now;
         if (left.tv_sec < 0) return false;
-        sigtimedwait(&chld, nullptr, &left);
+        if (woken.fd < 0 && (left.tv_sec > 0 || left.tv_nsec > kNoPipeLook)) left = {0, kNoPipeLook};
+        ppoll(&woken, 1, &left, &pollMask);
     }
 }
 
-int runBounded(const char* const argv[], const sigset_t& chld, const sigset_t& callerMask) {
+int runBounded(const char* const argv[], const sigset_t& callerMask) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     // The tool prints nothing on success: the programs' chatter goes nowhere.
@@ -80,22 +87,29 @@ int runBounded(const char* const argv[], const sigset_t& chld, const sigset_t& c
     posix_spawnattr_t attr;
     posix_spawnattr_init(&attr);
     // Its own process group, so that whatever it started goes with it; the
-    // caller's signal mask, not the blocked SIGCHLD.
-    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
+    // caller's signal mask, not the blocked stop signals; none of the
+    // tool's own dispositions.
+    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     posix_spawnattr_setpgroup(&attr, 0);
     posix_spawnattr_setsigmask(&attr, &callerMask);
+    wlan::signals::spawnDefaults(attr);
     pid_t pid;
     int err = posix_spawnp(&pid, argv[0], &actions, &attr, const_cast<char* const*>(argv), environ);
     posix_spawnattr_destroy(&attr);
     posix_spawn_file_actions_destroy(&actions);
     if (err != 0) return 127;
+    wlan::signals::running(pid);
 
     int seconds = deadlineSeconds();
     timespec deadline;
     clock_gettime(CLOCK_MONOTONIC, &deadline);
     deadline.tv_sec += seconds;
+    sigset_t pollMask = callerMask;
+    sigdelset(&pollMask, SIGCHLD);
     int status = 0;
-    if (!waitUntil(pid, deadline, chld, status)) {
+    bool ended = waitUntil(pid, deadline, pollMask, status);
+    wlan::signals::running(0);
+    if (!ended) {
         kill(-pid, SIGKILL);
         kill(pid, SIGKILL);  // in case it left its group
         while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
@@ -115,11 +129,11 @@ int runBounded(const char* const argv[], const sigset_t& chld, const sigset_t& c
 extern "C" int adpCmdExec(const char* const argv[]) {
     if (!argv || !argv[0]) return 127;
     if (isHung(argv[0])) return kTimedOut;
-    sigset_t chld, callerMask;
-    sigemptyset(&chld);
-    sigaddset(&chld, SIGCHLD);
-    sigprocmask(SIG_BLOCK, &chld, &callerMask);
-    int rc = runBounded(argv, chld, callerMask);
+    // Stop signals get in only while the program is waited for, so their
+    // handler kills the group of a program that runs, never a reaped one.
+    sigset_t callerMask;
+    sigprocmask(SIG_BLOCK, &wlan::signals::stops(), &callerMask);
+    int rc = runBounded(argv, callerMask);
     sigprocmask(SIG_SETMASK, &callerMask, nullptr);
     wlan::trace::run(argv, rc);
     return rc;

@@ -1,6 +1,7 @@
 #include "platform/trace.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -95,13 +96,22 @@ void appendItem(std::string& out, std::string_view item, bool fileLine = false) 
     }
 }
 
+// Set once standard error fails (its reader has gone: the tool ignores
+// SIGPIPE): the change goes on untraced.
+bool gone = false;
+
 void emit(std::string line) {
+    if (gone) return;
     line.insert(0, kPrefix);
     line += '\n';
     // One write per line: lines of the programs the tool runs do not cut it.
     for (size_t done = 0; done < line.size();) {
         ssize_t n = write(2, line.data() + done, line.size() - done);
-        if (n <= 0) return;
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            gone = true;
+            return;
+        }
         done += static_cast<size_t>(n);
     }
 }

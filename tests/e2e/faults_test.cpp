@@ -94,16 +94,14 @@ TEST(Faults, ManyConcurrentWritersKeepEveryEdit) {
     for (int i = 0; i < n; ++i)
         rows += "INSERT INTO dot11ACL VALUES ('ap" + std::to_string(1 + i % 2) + "', '" + mac(i) + "');";
     box.sql(rows);
-    std::vector<std::thread> runs;
-    std::vector<int> status(n);
-    for (int i = 0; i < n; ++i)
-        runs.emplace_back([&, i] { status[i] = box.change(18, "dot11ACL", i + 2).status; });
-    for (auto& t : runs) t.join();
+    // All started from this one thread, then waited for: a child forked from
+    // one of many threads of an emulated test program (qemu-arm) can deadlock
+    // inside the emulator before it ever runs the tool.
+    std::vector<kit::Sandbox::Started> runs;
+    for (int i = 0; i < n; ++i) runs.push_back(box.start(box.changeArgs(18, "dot11ACL", i + 2)));
+    for (int i = 0; i < n; ++i) EXPECT_EQ(kit::Sandbox::finish(runs[i]).status, 0) << i;
     std::string cfg = box.cfg();
-    for (int i = 0; i < n; ++i) {
-        EXPECT_EQ(status[i], 0) << i;
-        EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
-    }
+    for (int i = 0; i < n; ++i) EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
     EXPECT_EQ(box.calls().size(), size_t(n));
 }
 

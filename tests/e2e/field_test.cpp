@@ -1,9 +1,11 @@
 // Where the tool goes beyond the device in the field: values never select
 // lines, a change is one commit of the file, a program that never returns is
-// stopped at its deadline, and a trace on standard error tells what an
-// invocation did.
+// stopped at its deadline, a stop signal ends tool and program with no half
+// change, and a trace on standard error tells what an invocation did.
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include "sandbox.h"
@@ -104,10 +106,17 @@ TEST(FieldRules, OneChangeIsOneCommitBeforeEachReaderAndNothingGrows) {
     EXPECT_TRUE(daemonSaw.ends_with("RADIUS_Key=secret;secret;secret;secret\nEAPifname=\n")) << daemonSaw;
 }
 
-TEST(FieldRules, ProgramPastItsDeadlineIsKilledAndLaterOnesRunNormally) {
-    kit::Sandbox box(kit::accessPointSeed());
+// The driver utility from now on appends its pid (its group's) to R/hung and
+// never returns; gives the stand-in it replaced.
+std::string hangDriverUtility(const kit::Sandbox& box) {
     std::string standin = kit::readFile(box.iwpriv());
     kit::writeFile(box.iwpriv(), "#!/bin/sh\necho $$ >> \"$WLANSYNC_ROOT/hung\"\nsleep 600\n");
+    return standin;
+}
+
+TEST(FieldRules, ProgramPastItsDeadlineIsKilledAndLaterOnesRunNormally) {
+    kit::Sandbox box(kit::accessPointSeed());
+    std::string standin = hangDriverUtility(box);
     setenv("WLANSYNC_CMD_TIMEOUT", "1", 1);
     EXPECT_EQ(box.change(23, "dot11VAP", 1).status, 255);
     unsetenv("WLANSYNC_CMD_TIMEOUT");
@@ -124,6 +133,58 @@ TEST(FieldRules, ProgramPastItsDeadlineIsKilledAndLaterOnesRunNormally) {
     kit::writeFile(box.iwpriv(), standin);
     EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 0);
     EXPECT_EQ(box.calls().back(), box.set("vap0") + "ACLAddEntry=00:0C:43:00:00:A");
+}
+
+// A stop signal while a program hangs ends both at once, and the file stays
+// as the program found it: the ACL edit still pending then never reaches it.
+TEST(FieldRules, StopSignalEndsToolAndProgramAndDropsPendingEdits) {
+    using namespace std::chrono;
+    for (int sig : {SIGTERM, SIGINT, SIGHUP}) {
+        kit::Sandbox box(kit::accessPointSeed());
+        std::string hung = box.root() + "/hung";
+        hangDriverUtility(box);
+        kit::Sandbox::Started run = box.start(box.changeArgs(18, "dot11ACL", 1));
+        for (int i = 0; i < 3000 && kit::readFile(hung).find('\n') == std::string::npos; ++i) usleep(10000);
+        pid_t group = std::atoi(kit::readFile(hung).c_str());
+        ASSERT_GT(group, 0) << sig;
+        std::string before = box.cfg();
+        auto sent = steady_clock::now();
+        kill(run.pid, sig);
+        EXPECT_EQ(kit::Sandbox::finish(run).status, 128 + sig);
+        EXPECT_LT(steady_clock::now() - sent, seconds(5)) << sig;
+        for (int i = 0; i < 1000 && kill(-group, 0) == 0; ++i) usleep(10000);  // reaped by init
+        EXPECT_NE(kill(-group, 0), 0) << sig;
+        EXPECT_EQ(box.cfg(), before) << sig;
+    }
+}
+
+// A caller that ignores SIGCHLD, or a trace whose reader has gone (SIGPIPE
+// at its default), changes nothing: the change runs through promptly, and
+// programs start with none of those signals ignored.
+TEST(FieldRules, CallersSignalsChangeNothing) {
+    using namespace std::chrono;
+    for (bool closedTrace : {false, true}) {
+        kit::Sandbox box(kit::accessPointSeed());
+        std::string standin = kit::readFile(box.iwpriv());
+        kit::writeFile(box.iwpriv(), standin.insert(standin.find('\n') + 1,
+                                                    "grep SigIgn /proc/$$/status > \"$WLANSYNC_ROOT/ignored\"\n"));
+        int trace[2];
+        ASSERT_EQ(pipe2(trace, O_CLOEXEC), 0);
+        close(trace[0]);
+        setenv("WLANSYNC_TRACE", closedTrace ? "1" : "0", 1);
+        auto started = steady_clock::now();
+        kit::Run run = kit::Sandbox::finish(
+            closedTrace ? box.start(box.changeArgs(18, "dot11ACL", 1), {"env", "--default-signal=PIPE"}, trace[1])
+                        : box.start(box.changeArgs(18, "dot11ACL", 1), {"env", "--ignore-signal=CHLD"}));
+        unsetenv("WLANSYNC_TRACE");
+        close(trace[1]);
+        EXPECT_EQ(run.status, 0) << closedTrace;
+        EXPECT_LT(steady_clock::now() - started, seconds(10)) << closedTrace;
+        EXPECT_EQ(box.cfgLines().back(), "AccessControlList0=00:0C:43:00:00:A");
+        std::string ignored = kit::readFile(box.root() + "/ignored");
+        unsigned long long mask = std::strtoull(ignored.substr(ignored.find('\t') + 1).c_str(), nullptr, 16);
+        for (int sig : {SIGCHLD, SIGPIPE, SIGTERM, SIGINT, SIGHUP}) EXPECT_EQ(mask >> (sig - 1) & 1, 0ull) << sig;
+    }
 }
 
 // Each case's secret (pass phrase, WEP key, RADIUS secret, WDS key) is on its

@@ -3,6 +3,7 @@
 #include "cfgfile/cfgfile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -83,7 +84,7 @@ void Sandbox::failOn(const std::string& pattern) const {
     std::ofstream(root_ + "/standin.fail", std::ios::app) << pattern << "\n";
 }
 
-Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0) const {
+Sandbox::Started Sandbox::start(const Args& args, const Args& via, int errors, const std::string& argv0) const {
     std::vector<std::string> env = {"WLANSYNC_ROOT=" + root_, "PATH=" + root_ + "/bin:" + getenv("PATH")};
     for (char** e = environ; *e; ++e)
         if (std::strncmp(*e, "WLANSYNC_ROOT=", 14) != 0 && std::strncmp(*e, "PATH=", 5) != 0) env.push_back(*e);
@@ -96,6 +97,11 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
     if (words.empty()) words = {argv0};
     else words.insert(words.end(), {"-0", argv0, WLANSYNC_TOOL});
     words.insert(words.end(), args.begin(), args.end());
+    if (!via.empty()) {
+        words[0] = program;
+        words.insert(words.begin(), via.begin(), via.end());
+        program = via[0];
+    }
     if (!tapScript_.empty()) {
         // unshare -n sh -c '<make taps>; exec "$@"' sh <program> <args>
         words[0] = program;
@@ -109,29 +115,42 @@ Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0
         return p;
     };
     std::vector<char*> envp = pointers(env), argv = pointers(words);
-    FILE *out = tmpfile(), *err = tmpfile();
+    Started run{-1, tmpfile(), tmpfile()};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, fileno(out), 1);
-    posix_spawn_file_actions_adddup2(&actions, fileno(err), 2);
-    pid_t pid;
-    int failed = posix_spawnp(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data());
+    posix_spawn_file_actions_adddup2(&actions, fileno(run.out), 1);
+    posix_spawn_file_actions_adddup2(&actions, errors >= 0 ? errors : fileno(run.err), 2);
+    if (posix_spawnp(&run.pid, program.c_str(), &actions, nullptr, argv.data(), envp.data()) != 0) run.pid = -1;
     posix_spawn_file_actions_destroy(&actions);
+    return run;
+}
+
+Run Sandbox::finish(Started run) {
     int status = 0;
-    if (!failed) waitpid(pid, &status, 0);
+    while (run.pid > 0 && waitpid(run.pid, &status, 0) < 0 && errno == EINTR) {
+    }
     auto text = [](FILE* file) {  // what the tool wrote there, from the start
         std::string all;
         rewind(file);
         for (int c; (c = fgetc(file)) != EOF;) all += static_cast<char>(c);
         return fclose(file), all;
     };
-    return {failed ? -1 : WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), text(out), text(err)};
+    return {run.pid < 0 ? -1 : WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), text(run.out),
+            text(run.err)};
+}
+
+Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0) const {
+    return finish(start(args, {}, -1, argv0));
+}
+
+Args Sandbox::changeArgs(int opType, const std::string& table, long rowId, const Args& prior) const {
+    Args args = {db(), std::to_string(opType), table, std::to_string(rowId)};
+    args.insert(args.end(), prior.begin(), prior.end());
+    return args;
 }
 
 Run Sandbox::change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior) const {
-    std::vector<std::string> args = {db(), std::to_string(opType), table, std::to_string(rowId)};
-    args.insert(args.end(), prior.begin(), prior.end());
-    return tool(args);
+    return tool(changeArgs(opType, table, rowId, prior));
 }
 
 static std::vector<std::string> lines(const std::string& text) {

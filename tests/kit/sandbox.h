@@ -38,6 +38,15 @@ public:
     Run tool(const std::vector<std::string>& args, const std::string& argv0 = WLANSYNC_TOOL) const;
     // Runs the tool as the framework does: db, opType, table, rowId, prior row.
     Run change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior = {}) const;
+    Args changeArgs(int opType, const std::string& table, long rowId, const Args& prior = {}) const;
+
+    // A tool run under way: its process (the emulator's, in cross builds) and output files.
+    struct Started { pid_t pid; FILE *out, *err; };
+    // Starts the tool as tool() does, without waiting; through the command via
+    // (env --ignore-signal=CHLD) when given, standard error to errors when >= 0.
+    Started start(const Args& args, const Args& via = {}, int errors = -1,
+                  const std::string& argv0 = WLANSYNC_TOOL) const;
+    static Run finish(Started run);  // waits for it
 
     // From now on the tool runs in a private network namespace holding tap
     // devices with these names and MAC addresses, so that it reads real ones.
