@@ -3,8 +3,8 @@
 # AddressSanitizer + UndefinedBehaviorSanitizer and as an ARM build under
 # qemu-arm; the fuzz targets for a bounded time; the simulated access point's
 # scenario; power cuts and a driver in a kernel, in virtual machines.  Every
-# stage runs whatever an
-# earlier one gave; ends with one summary line, non-zero when a test failed.
+# stage runs whatever an earlier one gave; ends with one summary line,
+# non-zero when a test failed.
 set -u
 top=$(cd "$(dirname "$0")/.." && pwd)
 jobs=$(nproc 2>/dev/null || echo 2)
