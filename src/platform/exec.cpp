@@ -12,6 +12,7 @@
 #include "platform/log.h"
 #include "platform/platform.h"
 #include "platform/trace.h"
+#include "platform/wext.h"
 
 extern char** environ;
 
@@ -114,6 +115,7 @@ int runBounded(const char* const argv[], const sigset_t& chld, const sigset_t& c
 
 extern "C" int adpCmdExec(const char* const argv[]) {
     if (!argv || !argv[0]) return 127;
+    if (int rc; wlan::wext::run(argv, rc)) return rc;  // the driver asked directly: no process
     if (isHung(argv[0])) return kTimedOut;
     sigset_t chld, callerMask;
     sigemptyset(&chld);

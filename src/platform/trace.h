@@ -22,6 +22,10 @@ void writesOn(sqlite3* db);
 // A program run: its arguments and its status.
 void run(const char* const argv[], int status);
 
+// A request made in-process where a program would have run: a driver
+// setting, or (flags) "up"/"down", on ifname, and its status.
+void request(const char* ifname, const char* arg, bool flags, int status);
+
 // The file at path is about to be replaced by the file next.
 void replacement(const char* path, const char* next);
 
