@@ -3,13 +3,19 @@
 #
 # A throwaway virtual machine (host/vm.sh) loads the simulated RT2860 driver
 # (sim/driver, built for the machine's kernel) and applies the day of
-# changes of sim/changes.sh twice, from the same start: once with the
-# recording stand-ins, once with Debian's real iwpriv and busybox's ifconfig
-# and killall in front of the driver (host/driver/init).  The checks: the
-# driver received the requests the stand-ins were given, as iwpriv sends
-# them; its interfaces opened and stopped as the stand-ins' journal says;
-# exit statuses and log records are the same; the MAC addresses stored are
-# the driver's.  The same for a failing request and a failing open.
+# changes of sim/changes.sh from the same start with each kind of sandbox
+# root (host/driver/init): "standin", the recording stand-ins with
+# WLANSYNC_DRIVER=utility; "utility", Debian's real iwpriv and busybox's
+# ifconfig and killall in front of the driver, WLANSYNC_DRIVER=utility;
+# "direct", the stand-ins again but the tool speaking to the driver itself;
+# "fallback", as direct with vap1 a device whose driver offers no "set".
+# The checks: the driver received the requests the stand-ins were given, as
+# iwpriv sends them; its interfaces opened and stopped as the stand-ins'
+# journal says; exit statuses and log records are the same; the MAC
+# addresses stored are the driver's.  The direct path starts no driver
+# utility or ifconfig and leaves the utility's records byte for byte; the
+# fallback runs the programs for vap1 alone.  The same for a failing
+# request, a failing open and a value longer than iwpriv sends.
 # Ends with "driver checks: N passed, M failed"; status 0 only when M is 0.
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
@@ -31,7 +37,7 @@ trap 'exit 130' INT TERM HUP
 # Each case, one a line "NAME STEPS [PATTERN]", is run with each kind of
 # sandbox root (host/driver/init) as KIND-NAME, and every kind's run is
 # checked against the stand-ins' run of the same case.
-kinds="standin real"
+kinds="standin utility direct fallback"
 cases="day all
 set-fails 1 vap1 set AuthMode=
 up-fails 1 vap1 up
@@ -52,26 +58,36 @@ strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
 strip -o "$ird/bin/wlanFramework" "$build/wlanFramework"
 cp "$work/wt/sbin/iwpriv" "$ird/sbin/"
 cp "$work"/wt/lib/x86_64-linux-gnu/libiw.so.* "$ird/lib/x86_64-linux-gnu/"
-vm_modules "$ird/lib/modules" virtio_ring virtio virtio_pci_legacy_dev virtio_pci_modern_dev virtio_pci virtio_blk
+vm_modules "$ird/lib/modules" virtio_ring virtio virtio_pci_legacy_dev virtio_pci_modern_dev virtio_pci virtio_blk dummy
 cp "$build/driver/rt2860sim.ko" "$ird/lib/modules/"
 # Each kind's sandbox root: the kit's, with the real programs in front of
-# the driver where the kind has them.
+# the driver where the kind has them; /ap/KIND.env sets the tool's
+# WLANSYNC_DRIVER (driver) and names the interface whose driver offers no
+# "set" (plain).
 for kind in $kinds; do
     R=$ird/ap/$kind
     sh "$top/host/kit/sandbox.sh" "$R" "$top/sim/default.sql"
     case $kind in
-    real)
+    standin) echo "driver=utility plain=" ;;
+    utility)
         ln -sf /sbin/iwpriv "$R/mavo2.0/bin/iwpriv"
         cp "$top/sim/bin/rt2860apd" "$R/mavo2.0/bin/"
         rm "$R/bin/ifconfig" "$R/bin/killall"
+        echo "driver=utility plain="
         ;;
-    esac
+    direct) echo "driver= plain=" ;;
+    fallback) echo "driver= plain=vap1" ;;
+    esac > "$ird/ap/$kind.env"
 done
 sqlite3 "$ird/ap/standin/tmp/system.db" "SELECT rowid FROM dot11VAP WHERE vapEnabled=1" > "$ird/ap/boot"
 cp "$top/host/driver/init" "$top/host/driver/steps.sh" "$top/sim/changes.sh" "$ird/"
 chmod +x "$ird/init"
 echo "$cases" | while read -r name steps pattern; do
-    for kind in $kinds; do echo "$kind-$name $kind $steps $pattern"; done
+    for kind in $kinds; do
+        # The fallback's point is made by the day; its faults are direct's.
+        [ "$kind" != fallback ] || [ "$name" = day ] || continue
+        echo "$kind-$name $kind $steps $pattern"
+    done
 done > "$ird/runs"
 vm_initramfs "$ird" "$work/initramfs.cpio"
 
@@ -162,11 +178,38 @@ compare() {
     same "$2: the MAC addresses stored are the driver's" "$e.drivermacs" "$e.macs"
 }
 : > "$work/empty"
-same "stand-ins: the driver received nothing" "$work/empty" "$out/standin-day/driver"
+# programs CALLS [IF [keep]]: the driver utility's and ifconfig's calls in a
+# journal (those on IF alone when given), with keep its other lines too.
+programs() {
+    awk -F '\t' -v only="${2:-}" -v keep="${3:-}" '
+        { p = $1; sub(/.*\//, "", p) }
+        p != "iwpriv" && p != "ifconfig" { if (keep != "") print; next }
+        only == "" || $2 == only' "$1"
+}
+# fallback STANDIN RUN: vap1, whose driver offers no "set", gets the
+# programs the stand-ins got; every other interface the driver's requests.
+fallback() {
+    a=$out/$1 b=$out/$2 e=$work/$2
+    programs "$a/calls.log" vap1 keep > "$e.calls"
+    same "$2: vap1's driver utility and ifconfig calls as with the stand-ins, no other's" "$e.calls" "$b/calls.log"
+    expected "$a/calls.log" "" | grep -v '^[a-z]* vap1 ' > "$e.all"
+    same "$2: the driver received every other interface's requests, opens and stops" "$e.all" "$b/driver"
+    same "$2: every invocation's exit status as with the stand-ins" "$a/report" "$b/report"
+    same "$2: the tool's log records as with the stand-ins" "$a/tool.log" "$b/tool.log"
+}
+same "stand-ins under WLANSYNC_DRIVER=utility: the driver received nothing" "$work/empty" "$out/standin-day/driver"
 while read -r name steps pattern; do
     for kind in $kinds; do
-        [ "$kind" = standin ] || compare "standin-$name" "$kind-$name" "$pattern"
+        case $kind in
+        standin) ;;
+        fallback) [ "$name" != day ] || fallback "standin-$name" "fallback-$name" ;;
+        *) compare "standin-$name" "$kind-$name" "$pattern" ;;
+        esac
     done
+    same "direct-$name: the driver's records are the utility path's, byte for byte" \
+        "$out/utility-$name/driver" "$out/direct-$name/driver"
+    programs "$out/direct-$name/calls.log" > "$work/direct-$name.programs"
+    same "direct-$name: no driver utility or ifconfig started" "$work/empty" "$work/direct-$name.programs"
 done << EOF
 $cases
 EOF
