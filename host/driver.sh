@@ -17,8 +17,14 @@
 # fallback runs the programs for vap1 alone.  The same for a failing
 # request, a failing open and a value longer than iwpriv sends.
 # Ends with "driver checks: N passed, M failed"; status 0 only when M is 0.
+#
+# sh host/driver.sh bench: instead, both paths side by side in one machine
+# (host/driver/bench.sh), a WPA2-PSK VAP start and the day of changes: wall
+# time and the processes the tool started (with their own), medians of
+# BENCH_VAP (5) and BENCH_DAY (3) runs of each.
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
+mode=${1:-check}
 build=$top/build
 . "$top/host/vm.sh"
 "$top/host/deps.sh"
@@ -42,9 +48,13 @@ cases="day all
 set-fails 1 vap1 set AuthMode=
 up-fails 1 vap1 up
 long-value 9"
+limit=300
+if [ "$mode" = bench ]; then
+    kinds="bench-vap bench-day" cases="" limit=900
+fi
 
 cmake -S "$top" -B "$build" > /dev/null
-cmake --build "$build" -j "$(nproc 2> /dev/null || echo 2)" --target wlanSyncTool wlanFramework > /dev/null
+cmake --build "$build" -j "$(nproc 2> /dev/null || echo 2)" --target wlanSyncTool wlanFramework wlanMeasure > /dev/null
 vm_kernel headers
 rm -rf "$build/driver"
 cp -r "$top/sim/driver" "$build/driver"
@@ -56,6 +66,7 @@ ird=$work/initramfs
 mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib/x86_64-linux-gnu"
 strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
 strip -o "$ird/bin/wlanFramework" "$build/wlanFramework"
+strip -o "$ird/bin/wlanMeasure" "$build/wlanMeasure"
 cp "$work/wt/sbin/iwpriv" "$ird/sbin/"
 cp "$work"/wt/lib/x86_64-linux-gnu/libiw.so.* "$ird/lib/x86_64-linux-gnu/"
 vm_modules "$ird/lib/modules" virtio_ring virtio virtio_pci_legacy_dev virtio_pci_modern_dev virtio_pci virtio_blk dummy
@@ -69,7 +80,7 @@ for kind in $kinds; do
     sh "$top/host/kit/sandbox.sh" "$R" "$top/sim/default.sql"
     case $kind in
     standin) echo "driver=utility plain=" ;;
-    utility)
+    utility | bench-*)
         ln -sf /sbin/iwpriv "$R/mavo2.0/bin/iwpriv"
         cp "$top/sim/bin/rt2860apd" "$R/mavo2.0/bin/"
         rm "$R/bin/ifconfig" "$R/bin/killall"
@@ -79,7 +90,12 @@ for kind in $kinds; do
     fallback) echo "driver= plain=vap1" ;;
     esac > "$ird/ap/$kind.env"
 done
-sqlite3 "$ird/ap/standin/tmp/system.db" "SELECT rowid FROM dot11VAP WHERE vapEnabled=1" > "$ird/ap/boot"
+sqlite3 "$ird/ap/${kinds##* }/tmp/system.db" "SELECT rowid FROM dot11VAP WHERE vapEnabled=1" > "$ird/ap/boot"
+if [ "$mode" = bench ]; then
+    sqlite3 "$ird/ap/bench-vap/tmp/system.db" "UPDATE dot11VAP SET profileName='secure', vapEnabled=1 WHERE vapName='ap2'"
+    cp "$top/host/driver/bench.sh" "$ird/"
+    echo "rounds_vap=${BENCH_VAP:-5} rounds_day=${BENCH_DAY:-3}" > "$ird/bench.rounds"
+fi
 cp "$top/host/driver/init" "$top/host/driver/steps.sh" "$top/sim/changes.sh" "$ird/"
 chmod +x "$ird/init"
 echo "$cases" | while read -r name steps pattern; do
@@ -93,7 +109,7 @@ vm_initramfs "$ird" "$work/initramfs.cpio"
 
 vm_disk "$work/out.img"
 start=$(date +%s)
-vm_boot driver 300 "$work/initramfs.cpio" "" -drive "file=$work/out.img,format=raw,if=virtio"
+vm_boot driver "$limit" "$work/initramfs.cpio" "" -drive "file=$work/out.img,format=raw,if=virtio"
 { wait "$vm_pid" || true; } 2> /dev/null
 vm_pid=""
 rm -f "$work/driver.pid"
@@ -106,6 +122,40 @@ if ! vm_said driver DRV | grep -q '^DONE'; then
 fi
 vm_unpack "$work/out.img" "$work/out"
 out=$work/out
+if [ "$mode" = bench ]; then
+    # Medians per measure and path; processes: those the tool's runs
+    # started (its programs and theirs), the framework's and the tool's own
+    # runs not counted.
+    awk '
+        function median(list,   n, v, i, j, t) {
+            n = split(list, v, " ")
+            for (i = 2; i <= n; i++) for (j = i; j > 1 && v[j - 1] + 0 > v[j] + 0; j--) { t = v[j]; v[j] = v[j - 1]; v[j - 1] = t }
+            return v[int((n + 1) / 2)]
+        }
+        {
+            k = $1 " " $2
+            wall[k] = wall[k] " " $3
+            prog[k] = prog[k] " " ($4 - $5 - $6)
+            runs[k] = $5
+            rounds[k]++
+            if ($7 != 0) bad[k]++
+        }
+        END {
+            name["vap"] = "WPA2-PSK VAP start"
+            name["day"] = "day of changes"
+            for (w = 1; w <= 2; w++) {
+                what = w == 1 ? "vap" : "day"
+                u = median(wall[what " utility"])
+                d = median(wall[what " direct"])
+                printf "%-18s utility path: wall %8.1f ms, processes %3d   direct path: wall %8.1f ms, processes %3d   direct/utility %.2f%s%s\n",
+                    name[what], u, median(prog[what " utility"]), d, median(prog[what " direct"]), d / u,
+                    what == "day" ? sprintf(" (%d tool runs)", runs[what " direct"]) : "",
+                    bad[what " utility"] + bad[what " direct"] ? "  NOT ALL EXIT STATUSES 0" : ""
+            }
+            printf "(medians of %d and %d runs each, taking turns)\n", rounds["vap direct"], rounds["day direct"]
+        }' "$out/bench"
+    exit 0
+fi
 
 # The records the driver should hold after a stand-in run: every driver
 # utility call as iwpriv sends it (the value and its NUL, cut at 1024 bytes
