@@ -3,16 +3,28 @@
 #
 # A throwaway virtual machine (host/vm.sh) loads the simulated RT2860 driver
 # (sim/driver, built for the machine's kernel) and applies the day of
-# changes of sim/changes.sh twice, from the same start: once with the
-# recording stand-ins, once with Debian's real iwpriv and busybox's ifconfig
-# and killall in front of the driver (host/driver/init).  The checks: the
-# driver received the requests the stand-ins were given, as iwpriv sends
-# them; its interfaces opened and stopped as the stand-ins' journal says;
-# exit statuses and log records are the same; the MAC addresses stored are
-# the driver's.  The same for a failing request and a failing open.
+# changes of sim/changes.sh from the same start with each kind of sandbox
+# root (host/driver/init): "standin", the recording stand-ins with
+# WLANSYNC_DRIVER=utility; "utility", Debian's real iwpriv and busybox's
+# ifconfig and killall in front of the driver, WLANSYNC_DRIVER=utility;
+# "direct", the stand-ins again but the tool speaking to the driver itself;
+# "fallback", as direct with vap1 a device whose driver offers no "set".
+# The checks: the driver received the requests the stand-ins were given, as
+# iwpriv sends them; its interfaces opened and stopped as the stand-ins'
+# journal says; exit statuses and log records are the same; the MAC
+# addresses stored are the driver's.  The direct path starts no driver
+# utility or ifconfig and leaves the utility's records byte for byte; the
+# fallback runs the programs for vap1 alone.  The same for a failing
+# request, a failing open and a value longer than iwpriv sends.
 # Ends with "driver checks: N passed, M failed"; status 0 only when M is 0.
+#
+# sh host/driver.sh bench: instead, both paths side by side in one machine
+# (host/driver/bench.sh), a WPA2-PSK VAP start and the day of changes: wall
+# time and the processes the tool started (with their own), medians of
+# BENCH_VAP (5) and BENCH_DAY (3) runs of each.
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
+mode=${1:-check}
 build=$top/build
 . "$top/host/vm.sh"
 "$top/host/deps.sh"
@@ -31,14 +43,18 @@ trap 'exit 130' INT TERM HUP
 # Each case, one a line "NAME STEPS [PATTERN]", is run with each kind of
 # sandbox root (host/driver/init) as KIND-NAME, and every kind's run is
 # checked against the stand-ins' run of the same case.
-kinds="standin real"
+kinds="standin utility direct fallback"
 cases="day all
 set-fails 1 vap1 set AuthMode=
 up-fails 1 vap1 up
 long-value 9"
+limit=300
+if [ "$mode" = bench ]; then
+    kinds="bench-vap bench-day" cases="" limit=900
+fi
 
 cmake -S "$top" -B "$build" > /dev/null
-cmake --build "$build" -j "$(nproc 2> /dev/null || echo 2)" --target wlanSyncTool wlanFramework > /dev/null
+cmake --build "$build" -j "$(nproc 2> /dev/null || echo 2)" --target wlanSyncTool wlanFramework wlanMeasure > /dev/null
 vm_kernel headers
 rm -rf "$build/driver"
 cp -r "$top/sim/driver" "$build/driver"
@@ -50,34 +66,50 @@ ird=$work/initramfs
 mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib/x86_64-linux-gnu"
 strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
 strip -o "$ird/bin/wlanFramework" "$build/wlanFramework"
+strip -o "$ird/bin/wlanMeasure" "$build/wlanMeasure"
 cp "$work/wt/sbin/iwpriv" "$ird/sbin/"
 cp "$work"/wt/lib/x86_64-linux-gnu/libiw.so.* "$ird/lib/x86_64-linux-gnu/"
-vm_modules "$ird/lib/modules" virtio_ring virtio virtio_pci_legacy_dev virtio_pci_modern_dev virtio_pci virtio_blk
+vm_modules "$ird/lib/modules" virtio_ring virtio virtio_pci_legacy_dev virtio_pci_modern_dev virtio_pci virtio_blk dummy
 cp "$build/driver/rt2860sim.ko" "$ird/lib/modules/"
 # Each kind's sandbox root: the kit's, with the real programs in front of
-# the driver where the kind has them.
+# the driver where the kind has them; /ap/KIND.env sets the tool's
+# WLANSYNC_DRIVER (driver) and names the interface whose driver offers no
+# "set" (plain).
 for kind in $kinds; do
     R=$ird/ap/$kind
     sh "$top/host/kit/sandbox.sh" "$R" "$top/sim/default.sql"
     case $kind in
-    real)
+    standin) echo "driver=utility plain=" ;;
+    utility | bench-*)
         ln -sf /sbin/iwpriv "$R/mavo2.0/bin/iwpriv"
         cp "$top/sim/bin/rt2860apd" "$R/mavo2.0/bin/"
         rm "$R/bin/ifconfig" "$R/bin/killall"
+        echo "driver=utility plain="
         ;;
-    esac
+    direct) echo "driver= plain=" ;;
+    fallback) echo "driver= plain=vap1" ;;
+    esac > "$ird/ap/$kind.env"
 done
-sqlite3 "$ird/ap/standin/tmp/system.db" "SELECT rowid FROM dot11VAP WHERE vapEnabled=1" > "$ird/ap/boot"
+sqlite3 "$ird/ap/${kinds##* }/tmp/system.db" "SELECT rowid FROM dot11VAP WHERE vapEnabled=1" > "$ird/ap/boot"
+if [ "$mode" = bench ]; then
+    sqlite3 "$ird/ap/bench-vap/tmp/system.db" "UPDATE dot11VAP SET profileName='secure', vapEnabled=1 WHERE vapName='ap2'"
+    cp "$top/host/driver/bench.sh" "$ird/"
+    echo "rounds_vap=${BENCH_VAP:-5} rounds_day=${BENCH_DAY:-3}" > "$ird/bench.rounds"
+fi
 cp "$top/host/driver/init" "$top/host/driver/steps.sh" "$top/sim/changes.sh" "$ird/"
 chmod +x "$ird/init"
 echo "$cases" | while read -r name steps pattern; do
-    for kind in $kinds; do echo "$kind-$name $kind $steps $pattern"; done
+    for kind in $kinds; do
+        # The fallback's point is made by the day; its faults are direct's.
+        [ "$kind" != fallback ] || [ "$name" = day ] || continue
+        echo "$kind-$name $kind $steps $pattern"
+    done
 done > "$ird/runs"
 vm_initramfs "$ird" "$work/initramfs.cpio"
 
 vm_disk "$work/out.img"
 start=$(date +%s)
-vm_boot driver 300 "$work/initramfs.cpio" "" -drive "file=$work/out.img,format=raw,if=virtio"
+vm_boot driver "$limit" "$work/initramfs.cpio" "" -drive "file=$work/out.img,format=raw,if=virtio"
 { wait "$vm_pid" || true; } 2> /dev/null
 vm_pid=""
 rm -f "$work/driver.pid"
@@ -90,6 +122,40 @@ if ! vm_said driver DRV | grep -q '^DONE'; then
 fi
 vm_unpack "$work/out.img" "$work/out"
 out=$work/out
+if [ "$mode" = bench ]; then
+    # Medians per measure and path; processes: those the tool's runs
+    # started (its programs and theirs), the framework's and the tool's own
+    # runs not counted.
+    awk '
+        function median(list,   n, v, i, j, t) {
+            n = split(list, v, " ")
+            for (i = 2; i <= n; i++) for (j = i; j > 1 && v[j - 1] + 0 > v[j] + 0; j--) { t = v[j]; v[j] = v[j - 1]; v[j - 1] = t }
+            return v[int((n + 1) / 2)]
+        }
+        {
+            k = $1 " " $2
+            wall[k] = wall[k] " " $3
+            prog[k] = prog[k] " " ($4 - $5 - $6)
+            runs[k] = $5
+            rounds[k]++
+            if ($7 != 0) bad[k]++
+        }
+        END {
+            name["vap"] = "WPA2-PSK VAP start"
+            name["day"] = "day of changes"
+            for (w = 1; w <= 2; w++) {
+                what = w == 1 ? "vap" : "day"
+                u = median(wall[what " utility"])
+                d = median(wall[what " direct"])
+                printf "%-18s utility path: wall %8.1f ms, processes %3d   direct path: wall %8.1f ms, processes %3d   direct/utility %.2f%s%s\n",
+                    name[what], u, median(prog[what " utility"]), d, median(prog[what " direct"]), d / u,
+                    what == "day" ? sprintf(" (%d tool runs)", runs[what " direct"]) : "",
+                    bad[what " utility"] + bad[what " direct"] ? "  NOT ALL EXIT STATUSES 0" : ""
+            }
+            printf "(medians of %d and %d runs each, taking turns)\n", rounds["vap direct"], rounds["day direct"]
+        }' "$out/bench"
+    exit 0
+fi
 
 # The records the driver should hold after a stand-in run: every driver
 # utility call as iwpriv sends it (the value and its NUL, cut at 1024 bytes
@@ -162,11 +228,38 @@ compare() {
     same "$2: the MAC addresses stored are the driver's" "$e.drivermacs" "$e.macs"
 }
 : > "$work/empty"
-same "stand-ins: the driver received nothing" "$work/empty" "$out/standin-day/driver"
+# programs CALLS [IF [keep]]: the driver utility's and ifconfig's calls in a
+# journal (those on IF alone when given), with keep its other lines too.
+programs() {
+    awk -F '\t' -v only="${2:-}" -v keep="${3:-}" '
+        { p = $1; sub(/.*\//, "", p) }
+        p != "iwpriv" && p != "ifconfig" { if (keep != "") print; next }
+        only == "" || $2 == only' "$1"
+}
+# fallback STANDIN RUN: vap1, whose driver offers no "set", gets the
+# programs the stand-ins got; every other interface the driver's requests.
+fallback() {
+    a=$out/$1 b=$out/$2 e=$work/$2
+    programs "$a/calls.log" vap1 keep > "$e.calls"
+    same "$2: vap1's driver utility and ifconfig calls as with the stand-ins, no other's" "$e.calls" "$b/calls.log"
+    expected "$a/calls.log" "" | grep -v '^[a-z]* vap1 ' > "$e.all"
+    same "$2: the driver received every other interface's requests, opens and stops" "$e.all" "$b/driver"
+    same "$2: every invocation's exit status as with the stand-ins" "$a/report" "$b/report"
+    same "$2: the tool's log records as with the stand-ins" "$a/tool.log" "$b/tool.log"
+}
+same "stand-ins under WLANSYNC_DRIVER=utility: the driver received nothing" "$work/empty" "$out/standin-day/driver"
 while read -r name steps pattern; do
     for kind in $kinds; do
-        [ "$kind" = standin ] || compare "standin-$name" "$kind-$name" "$pattern"
+        case $kind in
+        standin) ;;
+        fallback) [ "$name" != day ] || fallback "standin-$name" "fallback-$name" ;;
+        *) compare "standin-$name" "$kind-$name" "$pattern" ;;
+        esac
     done
+    same "direct-$name: the driver's records are the utility path's, byte for byte" \
+        "$out/utility-$name/driver" "$out/direct-$name/driver"
+    programs "$out/direct-$name/calls.log" > "$work/direct-$name.programs"
+    same "direct-$name: no driver utility or ifconfig started" "$work/empty" "$work/direct-$name.programs"
 done << EOF
 $cases
 EOF

@@ -14,6 +14,7 @@
 #include "platform/platform.h"
 #include "platform/signals.h"
 #include "platform/trace.h"
+#include "platform/wext.h"
 
 extern char** environ;
 
@@ -128,6 +129,7 @@ int runBounded(const char* const argv[], const sigset_t& callerMask) {
 
 extern "C" int adpCmdExec(const char* const argv[]) {
     if (!argv || !argv[0]) return 127;
+    if (int rc; wlan::wext::run(argv, rc)) return rc;  // the driver asked directly: no process
     if (isHung(argv[0])) return kTimedOut;
     // Stop signals get in only while the program is waited for, so their
     // handler kills the group of a program that runs, never a reaped one.

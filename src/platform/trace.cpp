@@ -21,6 +21,8 @@ constexpr char kMask[] = "***";
 constexpr char kSql[] = "sql ";
 constexpr char kRun[] = "run";
 constexpr char kFile[] = "file ";
+constexpr char kSet[] = "set ";
+constexpr char kFlags[] = "flags ";
 constexpr char kResult[] = " -> ";
 constexpr char kFailed[] = "failed: ";
 constexpr char kChanged[] = " changed";
@@ -175,6 +177,15 @@ void run(const char* const argv[], int status) {
         line += ' ';
         appendItem(line, *arg);
     }
+    emit(line + kResult + std::to_string(status));
+}
+
+void request(const char* ifname, const char* arg, bool flags, int status) {
+    if (!on()) return;
+    std::string line = flags ? kFlags : kSet;
+    appendWord(line, ifname);
+    line += ' ';
+    appendItem(line, arg);
     emit(line + kResult + std::to_string(status));
 }
 

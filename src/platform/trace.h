@@ -22,6 +22,10 @@ void writesOn(sqlite3* db);
 // A program run: its arguments and its status.
 void run(const char* const argv[], int status);
 
+// A request made in-process where a program would have run: a driver
+// setting, or (flags) "up"/"down", on ifname, and its status.
+void request(const char* ifname, const char* arg, bool flags, int status);
+
 // A commit of the file at path from the bytes before to the bytes after;
 // ok is false when it failed and the file kept before.
 void commit(const char* path, const std::string& before, const std::string& after, bool ok);
