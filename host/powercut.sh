@@ -127,13 +127,14 @@ span=$((2 * hi + 10))
 boot reference "$work/reference.img" reference 0 $((span + 240))
 { wait "$qemu" || true; } 2> /dev/null
 said reference | sed -n 's/^STATE //p' > "$work/states.sha"
+said reference | sed -n 's/^END //p' > "$work/ends.sha"
 passes=$(said reference | sed -n 's/^PASSES \([0-9]*\) .*/\1/p')
 if ! said reference | grep -qx 'REFERENCE DONE' || ! said reference | grep -q '^REPEATABLE '; then
     tr -d '\r' < "$work/reference.log" | grep -v 'STATE ' | tail -n 30
     echo "the reference run failed, or a second run of its first pass went another way" >&2
     exit 1
 fi
-echo "reference: $passes passes of the loop, $(said reference | sed -n 's/^PASSES [0-9]* in //p'), $(($(wc -l < "$work/states.sha") - 1)) replacements of the driver file"
+echo "reference: $passes passes of the loop, $(said reference | sed -n 's/^PASSES [0-9]* in //p'), $(($(wc -l < "$work/states.sha") - 1)) replacements of the driver file, $(wc -l < "$work/ends.sha") states of the file at rest (the initial file, the file after an invocation)"
 
 # series LABEL MODE: N power cuts, each checked at the next boot.
 series() {
@@ -142,6 +143,7 @@ series() {
     trap 'kill -KILL "$(cat "$work/$name.pid" 2> /dev/null)" 2> /dev/null; exit 1' TERM
     cp --sparse=always "$work/reference.img" "$img"
     damaged=0
+    partway=0
     start=$(date +%s)
     i=0
     while [ "$i" -le "$N" ]; do
@@ -181,7 +183,14 @@ series() {
             state=$(grep -nx "${sha:-none}" "$work/states.sha" | head -n 1 | cut -d : -f 1)
             [ -n "$state" ] || verdict=damaged
             [ "$verdict" = whole ] || damaged=$((damaged + 1))
-            echo "$1: cut $i at ${last:-?} s$lastended: $verdict${state:+, state $state of $(wc -l < "$work/states.sha")} (${line:-no check line})"
+            # A whole file that no invocation ended with: cut partway
+            # through a change.
+            rest=""
+            if [ -n "$state" ]; then
+                rest=", at rest"
+                grep -qx "$sha" "$work/ends.sha" || { rest=", partway" && partway=$((partway + 1)); }
+            fi
+            echo "$1: cut $i at ${last:-?} s$lastended: $verdict${state:+, state $state of $(wc -l < "$work/states.sha")}$rest (${line:-no check line})"
         fi
         last=${t:-}
         lastended=${ended:-}
@@ -189,7 +198,7 @@ series() {
     done
     secs=$(($(date +%s) - start))
     echo "$1: $N cuts in $secs s, $(awk "BEGIN { printf \"%.1f\", $secs / $N }") s per cut (boot, loop and check)"
-    echo "$damaged" > "$work/$name.damaged"
+    echo "$damaged $partway" > "$work/$name.counts"
 }
 
 series "unsynced writer" writer &
@@ -198,6 +207,8 @@ series tool tool &
 series_pids="$series_pids $!"
 for p in $series_pids; do wait "$p"; done
 series_pids=""
-echo "unsynced writer: power cuts: $N, damaged files: $(cat "$work/writer.damaged")"
-echo "power cuts: $N, damaged files: $(cat "$work/tool.damaged")"
-[ "$(cat "$work/tool.damaged")" -eq 0 ] && [ "$(cat "$work/writer.damaged")" -gt 0 ]
+read -r wd wp < "$work/writer.counts"
+read -r td tp < "$work/tool.counts"
+echo "unsynced writer: power cuts: $N, damaged files: $wd"
+echo "power cuts: $N, damaged files: $td, partway through a change: $tp"
+[ "$td" -eq 0 ] && [ "$wd" -gt 0 ]
