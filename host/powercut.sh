@@ -1,9 +1,9 @@
 #!/bin/sh
 # Power cuts on a real kernel and file system: sh host/powercut.sh [N]
 #
-# A throwaway virtual machine (qemu-system-x86_64 under its software
-# emulator) boots Debian's kernel with an initramfs holding busybox, the
-# tool, e2fsck and host/powercut/init.  The sandbox root (host/kit: the
+# A throwaway virtual machine (host/vm.sh: qemu-system-x86_64 under its
+# software emulator) boots Debian's kernel with an initramfs holding busybox,
+# the tool, e2fsck and host/powercut/init.  The sandbox root (host/kit: the
 # recording stand-ins, the driver configuration file, the database) lives on
 # a raw ext4 disk (virtio-blk) mounted with noauto_da_alloc.  Each cycle the guest runs
 # real tool invocations in a loop (host/powercut/loop.sh) and the host kills
@@ -25,20 +25,13 @@ hi=${window#*-}
 top=$(cd "$(dirname "$0")/.." && pwd)
 pc=$top/host/powercut
 build=$top/build-powercut
+. "$top/host/vm.sh"
 
 "$top/host/deps.sh"
-need=""
-for pkg in qemu-system-x86 busybox-static cpio e2fsprogs gcc xz-utils; do
-    dpkg -s "$pkg" > /dev/null 2>&1 || need="$need $pkg"
-done
-if [ -n "$need" ]; then
-    SUDO=""
-    [ "$(id -u)" -eq 0 ] || SUDO=sudo
-    $SUDO apt-get update || true
-    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends $need
-fi
+vm_install e2fsprogs gcc
 
 work=$(mktemp -d /tmp/powercut-XXXXXX)
+vm_work=$work
 cleanup() {
     set +e
     for p in ${series_pids:-}; do kill -TERM "$p" 2> /dev/null; done
@@ -54,46 +47,21 @@ trap 'exit 130' INT TERM HUP
 cmake -S "$top" -B "$build" -DBUILD_TESTING=OFF > /dev/null
 cmake --build "$build" --target wlanSyncTool -j "$(nproc 2>/dev/null || echo 2)" > /dev/null
 
-# Debian's own kernel, from its package (kept in the build folder).  Its
-# image is unpacked once (an xz stream inside the bzImage) so that qemu
-# starts the kernel at its PVH entry: the emulated processor then does not
-# decompress 60 MB at every boot, which halves the time of a boot.
-if [ ! -f "$build/kernel/vmlinux" ]; then
-    pkg=$(apt-cache search --names-only '^linux-image-6\.1\.0-[0-9]+-amd64$' | cut -d ' ' -f 1 | sort -V | tail -n 1)
-    (cd "$work" && apt-get download "$pkg" > /dev/null 2>&1)
-    dpkg -x "$work"/linux-image-*.deb "$work/kernel"
-    rm -rf "$build/kernel"
-    mkdir -p "$build/kernel/modules"
-    image=$(echo "$work"/kernel/boot/vmlinuz-*)
-    at=$(LC_ALL=C grep -abo "$(printf '\3757zXZ')" "$image" | head -n 1 | cut -d : -f 1)
-    tail -c +$((at + 1)) "$image" | xz -dc > "$build/kernel/vmlinux.part" 2> /dev/null || true
-    find "$work/kernel/lib/modules" -name '*.ko' | while read -r ko; do
-        case ${ko##*/} in
-        virtio.ko | virtio_ring.ko | virtio_pci_legacy_dev.ko | virtio_pci_modern_dev.ko | \
-            virtio_pci.ko | virtio_blk.ko | crc16.ko | mbcache.ko | jbd2.ko | \
-            crc32c_generic.ko | ext4.ko) cp "$ko" "$build/kernel/modules/" ;;
-        esac
-    done
-    rm -rf "$work/kernel" "$work"/linux-image-*.deb
-    mv "$build/kernel/vmlinux.part" "$build/kernel/vmlinux"
-fi
-
+vm_kernel
+echo "machine: Debian's kernel $vm_abi-amd64 under qemu (TCG)"
 # The initramfs: busybox, the tool and e2fsck with their libraries, the
-# recording shim of the reference run, the modules, the loop and the init.
+# recording shim of the reference run, the modules for ext4 on virtio-blk,
+# the loop and the init.
 ird=$work/initramfs
-mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib/modules"
-cp /bin/busybox "$ird/bin/busybox"
+mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib"
 strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
 cp /sbin/e2fsck "$ird/sbin/"
 gcc -O2 -shared -fPIC -o "$ird/lib/shim.so" "$pc/shim.c" -ldl
-for bin in "$build/wlanSyncTool" /sbin/e2fsck "$ird/lib/shim.so"; do
-    for lib in $(ldd "$bin" | grep -o '/[^ ]*'); do cp -L --parents "$lib" "$ird"; done
-done
-cp "$build"/kernel/modules/*.ko "$ird/lib/modules/"
+vm_modules "$ird/lib/modules" virtio virtio_ring virtio_pci_legacy_dev virtio_pci_modern_dev \
+    virtio_pci virtio_blk crc16 mbcache jbd2 crc32c_generic ext4
 cp "$pc/init" "$pc/loop.sh" "$ird/"
 chmod +x "$ird/init"
-# Not compressed: the kernel unpacks it faster than it inflates it.
-(cd "$ird" && find . | cpio -o -H newc --quiet) > "$work/initramfs.cpio"
+vm_initramfs "$ird" "$work/initramfs.cpio"
 
 # The disk: the sandbox root with the fixed databases and the initial file.
 disk=$work/disk
@@ -103,21 +71,15 @@ sqlite3 "$disk/ap/tmp/channel11.db" "UPDATE dot11Radio SET configuredChannel=11"
 cp "$disk/ap/etc/Wireless/RT2860AP/RT2860AP.dat" "$disk/init.dat"
 mke2fs -q -F -t ext4 -d "$disk" "$work/reference.img" 64M > /dev/null
 
-# boot NAME DISK MODE CHECK [LIMIT]: start a machine in the background; its console
-# goes to $work/NAME.log, its pid to $work/NAME.pid.
+# boot NAME DISK MODE CHECK [LIMIT]: start a machine in the background.
 boot() {
-    rm -f "$work/$1.pid"
-    : > "$work/$1.log"
-    timeout -s KILL "${5:-$((hi + 120))}" qemu-system-x86_64 -machine pc -accel tcg -m 256 -smp 1 \
-        -nodefaults -no-user-config -display none -monitor none -no-reboot \
-        -serial "file:$work/$1.log" -pidfile "$work/$1.pid" \
-        -kernel "$build/kernel/vmlinux" -initrd "$work/initramfs.cpio" \
-        -append "console=ttyS0 quiet loglevel=3 panic=-1 mitigations=off pc_mode=$3 pc_check=$4 pc_span=$span pc_passes=${passes:-0}" \
-        -drive "file=$2,format=raw,if=virtio,cache=unsafe" > /dev/null 2>&1 &
-    qemu=$!
+    vm_boot "$1" "${5:-$((hi + 120))}" "$work/initramfs.cpio" \
+        "pc_mode=$3 pc_check=$4 pc_span=$span pc_passes=${passes:-0}" \
+        -drive "file=$2,format=raw,if=virtio,cache=unsafe"
+    qemu=$vm_pid
 }
 # The guest's lines for the host.
-said() { tr -d '\r' < "$work/$1.log" | sed -n 's/^PC: //p'; }
+said() { vm_said "$1" PC; }
 
 # The reference: every state an uninterrupted run passes through.  The file
 # grows by a few empty lines per pass, so the states depend on the number of
