@@ -40,8 +40,17 @@ else
     echo "power cuts FAILED (full output: build/powercut.log)"
     exit 1
 fi
-# Every test that ran: the three suites, the fuzz targets, the scenario and
-# the power cuts on each file system.
+# The tool against the simulated driver in a kernel, behind the real iwpriv.
+if sh "$top/host/driver.sh" > "$top/build/driver.log" 2>&1; then
+    tail -n 1 "$top/build/driver.log"
+else
+    tail -n 40 "$top/build/driver.log"
+    echo "driver checks FAILED (full output: build/driver.log)"
+    exit 1
+fi
+# Every test that ran: the three suites, the fuzz targets, the scenario, the
+# power cuts on each file system and the driver checks.
 suites=$(cat "$top/build/ctest.log" "$top/build-asan/ctest.log" "$top/build-arm/ctest.log" |
     sed -n 's/.* tests passed, 0 tests failed out of \([0-9]*\)$/\1/p' | awk '{ n += $1 } END { print n }')
-echo "summary: $((suites + 2 + 1 + 2)) passed, 0 failed"
+driver=$(sed -n 's/^driver checks: \([0-9]*\) passed.*/\1/p' "$top/build/driver.log")
+echo "summary: $((suites + 2 + 1 + 2 + driver)) passed, 0 failed"
