@@ -8,18 +8,18 @@
 # per POWERCUT_FS (a list; "ext4" by default, "ext4 ubifs" for both), on a
 # raw ext4 disk (virtio-blk) mounted with noauto_da_alloc, or on UBIFS on a
 # simulated NAND flash (sim/flash) whose contents are a file on the host.
-# Each cycle the guest runs
-# real tool invocations in a loop (host/powercut/loop.sh) and the host kills
-# qemu with SIGKILL at a random instant 6 to 30 s into the loop
-# (POWERCUT_WINDOW=LO-HI changes it); whatever the guest had not written to
-# its disk or flash is lost as at a power cut.  The next boot checks the file system
-# and the driver file, which must equal one of the states an uninterrupted
-# run of the loop passes through (recorded by a reference boot), and runs
-# one more invocation.  The same cycles with the rig's own writer, which
-# replaces the file by rename without syncing, must show damage: otherwise
-# the rig proves nothing.  Both series run side by side, one machine each,
-# one file system after the other.  Exit status 0 only when, on every file
-# system, the tool's files are all whole and the unsynced writer's are not.
+# Each cycle the guest runs real tool invocations in a loop
+# (host/powercut/loop.sh) and the host kills qemu with SIGKILL at a random
+# instant 6 to 30 s into the loop (POWERCUT_WINDOW=LO-HI changes it);
+# whatever the guest had not written to its disk or flash is lost as at a
+# power cut.  The next boot checks the file system and the driver file,
+# which must equal one of the states an uninterrupted run of the loop passes
+# through (recorded by a reference boot), and runs one more invocation.  The
+# same cycles with the rig's own writer, which replaces the file by rename
+# without syncing, must show damage: otherwise the rig proves nothing.  Both
+# series run side by side, one machine each, one file system after the
+# other.  Exit status 0 only when, on every file system, the tool's files
+# are all whole and the unsynced writer's are not.
 set -eu
 N=${1:-20}
 window=${POWERCUT_WINDOW:-6-30}
