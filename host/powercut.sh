@@ -4,19 +4,22 @@
 # A throwaway virtual machine (host/vm.sh: qemu-system-x86_64 under its
 # software emulator) boots Debian's kernel with an initramfs holding busybox,
 # the tool, e2fsck and host/powercut/init.  The sandbox root (host/kit: the
-# recording stand-ins, the driver configuration file, the database) lives on
-# a raw ext4 disk (virtio-blk) mounted with noauto_da_alloc.  Each cycle the guest runs
-# real tool invocations in a loop (host/powercut/loop.sh) and the host kills
-# qemu with SIGKILL at a random instant 6 to 30 s into the loop
-# (POWERCUT_WINDOW=LO-HI changes it); whatever the guest had not written to
-# its disk is lost as at a power cut.  The next boot checks the file system
-# and the driver file, which must equal one of the states an uninterrupted
-# run of the loop passes through (recorded by a reference boot), and runs
-# one more invocation.  The same cycles with the rig's own writer, which
-# replaces the file by rename without syncing, must show damage: otherwise
-# the rig proves nothing.  Both series run side by side, one machine each.
-# Exit status 0 only when the tool's files are all whole and the unsynced
-# writer's are not.
+# recording stand-ins, the driver configuration file, the database) lives,
+# per POWERCUT_FS (a list; "ext4" by default, "ext4 ubifs" for both), on a
+# raw ext4 disk (virtio-blk) mounted with noauto_da_alloc, or on UBIFS on a
+# simulated NAND flash (sim/flash) whose contents are a file on the host.
+# Each cycle the guest runs real tool invocations in a loop
+# (host/powercut/loop.sh) and the host kills qemu with SIGKILL at a random
+# instant 6 to 30 s into the loop (POWERCUT_WINDOW=LO-HI changes it);
+# whatever the guest had not written to its disk or flash is lost as at a
+# power cut.  The next boot checks the file system and the driver file,
+# which must equal one of the states an uninterrupted run of the loop passes
+# through (recorded by a reference boot), and runs one more invocation.  The
+# same cycles with the rig's own writer, which replaces the file by rename
+# without syncing, must show damage: otherwise the rig proves nothing.  Both
+# series run side by side, one machine each, one file system after the
+# other.  Exit status 0 only when, on every file system, the tool's files
+# are all whole and the unsynced writer's are not.
 set -eu
 N=${1:-20}
 window=${POWERCUT_WINDOW:-6-30}
@@ -25,10 +28,14 @@ hi=${window#*-}
 top=$(cd "$(dirname "$0")/.." && pwd)
 pc=$top/host/powercut
 build=$top/build-powercut
+fss=${POWERCUT_FS:-ext4}
+for fs in $fss; do
+    case $fs in ext4 | ubifs) ;; *) echo "POWERCUT_FS: ext4, ubifs or both, not $fs" >&2 && exit 2 ;; esac
+done
 . "$top/host/vm.sh"
 
 "$top/host/deps.sh"
-vm_install e2fsprogs gcc
+vm_install e2fsprogs gcc make libelf-dev mtd-utils
 
 work=$(mktemp -d /tmp/powercut-XXXXXX)
 vm_work=$work
@@ -47,63 +54,98 @@ trap 'exit 130' INT TERM HUP
 cmake -S "$top" -B "$build" -DBUILD_TESTING=OFF > /dev/null
 cmake --build "$build" --target wlanSyncTool -j "$(nproc 2>/dev/null || echo 2)" > /dev/null
 
-vm_kernel
+vm_kernel headers
 echo "machine: Debian's kernel $vm_abi-amd64 under qemu (TCG)"
+# The flash device's module, built against the same kernel.
+rm -rf "$build/flash"
+cp -r "$top/sim/flash" "$build/flash"
+make -C "$vm_kbuild" M="$build/flash" modules > "$work/make.log" 2>&1 || { cat "$work/make.log"; exit 1; }
 # The initramfs: busybox, the tool and e2fsck with their libraries, the
-# recording shim of the reference run, the modules for ext4 on virtio-blk,
-# the loop and the init.
+# recording shim of the reference run, the modules for ext4 on virtio-blk
+# and for UBIFS on the flash device, the loop and the init.
 ird=$work/initramfs
 mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib"
 strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
 cp /sbin/e2fsck "$ird/sbin/"
 gcc -O2 -shared -fPIC -o "$ird/lib/shim.so" "$pc/shim.c" -ldl
 vm_modules "$ird/lib/modules" virtio virtio_ring virtio_pci_legacy_dev virtio_pci_modern_dev \
-    virtio_pci virtio_blk crc16 mbcache jbd2 crc32c_generic ext4
+    virtio_pci virtio_blk crc16 mbcache jbd2 crc32c_generic ext4 mtd zstd_compress zstd ubi ubifs
+cp "$build/flash/flash.ko" "$ird/lib/modules/"
 cp "$pc/init" "$pc/loop.sh" "$ird/"
 chmod +x "$ird/init"
 vm_initramfs "$ird" "$work/initramfs.cpio"
 
-# The disk: the sandbox root with the fixed databases and the initial file.
+# The files: the sandbox root with the fixed databases and the initial file.
 disk=$work/disk
 sh "$top/host/kit/sandbox.sh" "$disk/ap" "$top/sim/default.sql" "$pc/seed.sql"
 cp "$disk/ap/tmp/system.db" "$disk/ap/tmp/channel11.db"
 sqlite3 "$disk/ap/tmp/channel11.db" "UPDATE dot11Radio SET configuredChannel=11"
 cp "$disk/ap/etc/Wireless/RT2860AP/RT2860AP.dat" "$disk/init.dat"
-mke2fs -q -F -t ext4 -d "$disk" "$work/reference.img" 64M > /dev/null
 
-# boot NAME DISK MODE CHECK [LIMIT]: start a machine in the background.
+# The flash: 2 KiB pages, 128 KiB erase blocks (LEBs of 124 KiB once UBI's
+# two headers are off), 32 MiB: qemu's shared memory must be a power of two,
+# and on a volume under 16 MiB UBIFS flushes so early that even the unsynced
+# writer comes out whole.  The UBI volume grows to the whole device at the
+# first attach.  Erased flash reads 0xff.
+flash_bytes=$((32 * 1024 * 1024))
+image() {
+    if [ "$fs" = ubifs ]; then
+        mkfs.ubifs -r "$disk" -m 2048 -e 126976 -c 300 -o "$work/ap.ubifs"
+        printf '[ap]\nmode=ubi\nimage=%s\nvol_id=0\nvol_type=dynamic\nvol_name=ap\nvol_flags=autoresize\n' \
+            "$work/ap.ubifs" > "$work/ubi.ini"
+        ubinize -o "$work/ubi.img" -m 2048 -p 128KiB -s 2048 "$work/ubi.ini" > /dev/null
+        { cat "$work/ubi.img" && head -c $((flash_bytes - $(wc -c < "$work/ubi.img"))) /dev/zero | tr '\0' '\377'; } > "$1"
+        rm -f "$work/ap.ubifs" "$work/ubi.ini" "$work/ubi.img"
+    else
+        mke2fs -q -F -t ext4 -d "$disk" "$1" 64M > /dev/null
+    fi
+}
+
+# boot NAME IMAGE MODE CHECK [LIMIT]: start a machine in the background.
+# The flash is the image file itself, mapped shared: what the guest wrote is
+# in the file when qemu is killed.
 boot() {
-    vm_boot "$1" "${5:-$((hi + 120))}" "$work/initramfs.cpio" \
-        "pc_mode=$3 pc_check=$4 pc_span=$span pc_passes=${passes:-0}" \
-        -drive "file=$2,format=raw,if=virtio,cache=unsafe"
+    set -- "$1" "$2" "${5:-$((hi + 120))}" "pc_fs=$fs pc_mode=$3 pc_check=$4 pc_span=$span pc_passes=${passes:-0}"
+    if [ "$fs" = ubifs ]; then
+        vm_boot "$1" "$3" "$work/initramfs.cpio" "$4" -device ivshmem-plain,memdev=flash \
+            -object "memory-backend-file,id=flash,mem-path=$2,size=$flash_bytes,share=on"
+    else
+        vm_boot "$1" "$3" "$work/initramfs.cpio" "$4" -drive "file=$2,format=raw,if=virtio,cache=unsafe"
+    fi
     qemu=$vm_pid
 }
 # The guest's lines for the host.
 said() { vm_said "$1" PC; }
 
-# The reference: every state an uninterrupted run passes through.  The file
-# grows by a few empty lines per pass, so the states depend on the number of
-# passes: the reference runs for twice the longest time to a cut, and the
-# cycles run no more passes than it did.
+# The reference on file system $fs: every state an uninterrupted run passes
+# through.  The file grows by a few empty lines per pass, so the states
+# depend on the number of passes: the reference runs for twice the longest
+# time to a cut, and the cycles run no more passes than it did.
 span=$((2 * hi + 10))
-boot reference "$work/reference.img" reference 0 $((span + 240))
-{ wait "$qemu" || true; } 2> /dev/null
-said reference | sed -n 's/^STATE //p' > "$work/states.sha"
-passes=$(said reference | sed -n 's/^PASSES \([0-9]*\) .*/\1/p')
-if ! said reference | grep -qx 'REFERENCE DONE' || ! said reference | grep -q '^REPEATABLE '; then
-    tr -d '\r' < "$work/reference.log" | grep -v 'STATE ' | tail -n 30
-    echo "the reference run failed, or a second run of its first pass went another way" >&2
-    exit 1
-fi
-echo "reference: $passes passes of the loop, $(said reference | sed -n 's/^PASSES [0-9]* in //p'), $(($(wc -l < "$work/states.sha") - 1)) replacements of the driver file"
+reference() {
+    image "$wf/reference.img"
+    passes=""
+    boot "$fs-reference" "$wf/reference.img" reference 0 $((span + 240))
+    { wait "$qemu" || true; } 2> /dev/null
+    said "$fs-reference" | sed -n 's/^STATE //p' > "$wf/states.sha"
+    said "$fs-reference" | sed -n 's/^END //p' > "$wf/ends.sha"
+    passes=$(said "$fs-reference" | sed -n 's/^PASSES \([0-9]*\) .*/\1/p')
+    if ! said "$fs-reference" | grep -qx 'REFERENCE DONE' || ! said "$fs-reference" | grep -q '^REPEATABLE '; then
+        tr -d '\r' < "$work/$fs-reference.log" | grep -v 'STATE ' | tail -n 30
+        echo "$fs: the reference run failed, or a second run of its first pass went another way" >&2
+        exit 1
+    fi
+    echo "$fs: reference: $passes passes of the loop, $(said "$fs-reference" | sed -n 's/^PASSES [0-9]* in //p'), $(($(wc -l < "$wf/states.sha") - 1)) replacements of the driver file, $(wc -l < "$wf/ends.sha") states of the file at rest (the initial file, the file after an invocation)"
+}
 
 # series LABEL MODE: N power cuts, each checked at the next boot.
 series() {
-    name=$2
-    img=$work/$name.img
+    name=$fs-$2
+    img=$wf/$2.img
     trap 'kill -KILL "$(cat "$work/$name.pid" 2> /dev/null)" 2> /dev/null; exit 1' TERM
-    cp --sparse=always "$work/reference.img" "$img"
+    cp --sparse=always "$wf/reference.img" "$img"
     damaged=0
+    partway=0
     start=$(date +%s)
     i=0
     while [ "$i" -le "$N" ]; do
@@ -140,26 +182,50 @@ series() {
             case " $line " in *" eol=1 "*) ;; *) verdict=damaged ;; esac
             case " $line " in *" invoke=0 "*) ;; *) verdict=damaged ;; esac
             sha=$(printf '%s\n' "$line" | sed -n 's/.* sha=\([^ ]*\).*/\1/p')
-            state=$(grep -nx "${sha:-none}" "$work/states.sha" | head -n 1 | cut -d : -f 1)
+            state=$(grep -nx "${sha:-none}" "$wf/states.sha" | head -n 1 | cut -d : -f 1)
             [ -n "$state" ] || verdict=damaged
             [ "$verdict" = whole ] || damaged=$((damaged + 1))
-            echo "$1: cut $i at ${last:-?} s$lastended: $verdict${state:+, state $state of $(wc -l < "$work/states.sha")} (${line:-no check line})"
+            # A whole file that no invocation ended with: cut partway
+            # through a change.
+            rest=""
+            if [ -n "$state" ]; then
+                rest=", at rest"
+                grep -qx "$sha" "$wf/ends.sha" || { rest=", partway" && partway=$((partway + 1)); }
+            fi
+            echo "$fs: $1: cut $i at ${last:-?} s$lastended: $verdict${state:+, state $state of $(wc -l < "$wf/states.sha")}$rest (${line:-no check line})"
+            [ "$verdict" = whole ] || said "$name" | grep '^fsck: ' | sed "s/^/$fs: $1: /" || true
         fi
         last=${t:-}
         lastended=${ended:-}
         i=$((i + 1))
     done
     secs=$(($(date +%s) - start))
-    echo "$1: $N cuts in $secs s, $(awk "BEGIN { printf \"%.1f\", $secs / $N }") s per cut (boot, loop and check)"
-    echo "$damaged" > "$work/$name.damaged"
+    echo "$fs: $1: $N cuts in $secs s, $(awk "BEGIN { printf \"%.1f\", $secs / $N }") s per cut (boot, loop and check)"
+    echo "$damaged $partway" > "$wf/$2.counts"
 }
 
-series "unsynced writer" writer &
-series_pids=$!
-series tool tool &
-series_pids="$series_pids $!"
-for p in $series_pids; do wait "$p"; done
-series_pids=""
-echo "unsynced writer: power cuts: $N, damaged files: $(cat "$work/writer.damaged")"
-echo "power cuts: $N, damaged files: $(cat "$work/tool.damaged")"
-[ "$(cat "$work/tool.damaged")" -eq 0 ] && [ "$(cat "$work/writer.damaged")" -gt 0 ]
+# One file system after the other, its two series side by side.
+for fs in $fss; do
+    wf=$work/$fs
+    mkdir -p "$wf"
+    reference
+    series "unsynced writer" writer &
+    series_pids=$!
+    series tool tool &
+    series_pids="$series_pids $!"
+    for p in $series_pids; do wait "$p"; done
+    series_pids=""
+    rm -f "$wf"/*.img
+done
+# Per file system, then all together: the last line as the rig always ended.
+ok=1 cuts=0 damaged=0 partway=0
+for fs in $fss; do
+    read -r wd _ < "$work/$fs/writer.counts"
+    read -r td tp < "$work/$fs/tool.counts"
+    echo "unsynced writer ($fs): power cuts: $N, damaged files: $wd"
+    echo "power cuts ($fs): $N, damaged files: $td, partway through a change: $tp"
+    [ "$td" -eq 0 ] && [ "$wd" -gt 0 ] || ok=0
+    cuts=$((cuts + N)) damaged=$((damaged + td)) partway=$((partway + tp))
+done
+echo "power cuts: $cuts, damaged files: $damaged, partway through a change: $partway"
+[ "$ok" = 1 ]
