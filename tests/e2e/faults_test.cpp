@@ -46,12 +46,6 @@ TEST(Faults, DriverUtilityMissingOrFailing) {
     EXPECT_EQ(box.log(), "");
 }
 
-size_t count(const std::string& text, const std::string& part) {
-    size_t n = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-    return n;
-}
-
 // A file that cannot be replaced (its temporary name taken by a folder, as
 // a full disk would refuse it) or read: one record for the whole change, the
 // old file kept, and the change fails.
@@ -64,14 +58,14 @@ TEST(Faults, UnusableConfigurationFileIsNeverHalfWritten) {
     unsetenv("WLANSYNC_TRACE");
     EXPECT_EQ(run.status, 255);
     EXPECT_EQ(box.cfg(), before);
-    EXPECT_EQ(count(box.log(), "update_cfg_file:452: Cannot rewrite"), 1u) << box.log();
+    EXPECT_EQ(kit::count(box.log(), "update_cfg_file:452: Cannot rewrite"), 1u) << box.log();
     EXPECT_NE(run.errors.find(" -> failed: left unchanged\n"), std::string::npos) << run.errors;
 
     rmdir((box.root() + "/etc/Wireless/RT2860AP/rt2860AP1.dat").c_str());
     std::remove(box.cfgPath().c_str());  // a missing file is not created
     EXPECT_EQ(box.change(23, "dot11VAP", 1).status, 255);
     EXPECT_NE(access(box.cfgPath().c_str(), F_OK), 0);
-    EXPECT_EQ(count(box.log(), "update_cfg_file:452: Cannot rewrite"), 2u);
+    EXPECT_EQ(kit::count(box.log(), "update_cfg_file:452: Cannot rewrite"), 2u);
 }
 
 TEST(Faults, LongValuesAreWrittenWhole) {

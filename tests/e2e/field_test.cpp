@@ -12,12 +12,6 @@
 
 namespace {
 
-size_t count(const std::string& text, const std::string& part) {
-    size_t n = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-    return n;
-}
-
 // The file with each key's line given its value, or added when the file has none.
 std::string withLines(std::string cfg, const std::vector<std::string>& lines) {
     for (const std::string& line : lines) {
@@ -71,7 +65,7 @@ TEST(FieldRules, OneChangeIsOneCommitBeforeEachReaderAndNothingGrows) {
     chmod(box.cfgPath().c_str(), 0600);  // it holds pass phrases
     setenv("WLANSYNC_TRACE", "1", 1);
     kit::Run start = box.change(23, "dot11VAP", 1);  // a WPA2-PSK VAP start, the radio's first
-    EXPECT_EQ(count(start.errors, "trace: file "), 1u) << start.errors;
+    EXPECT_EQ(kit::count(start.errors, "trace: file "), 1u) << start.errors;
     // The same change again writes nothing.
     struct stat before = fileStat(box.cfgPath());
     start = box.change(23, "dot11VAP", 1);

@@ -166,6 +166,12 @@ std::vector<std::string> Sandbox::calls() const {
     return calls;
 }
 
+size_t count(const std::string& text, const std::string& part) {
+    size_t n = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+    return n;
+}
+
 std::string Sandbox::cfg() const {
     wlan::cfg::commit();
     return readFile(cfgPath());

@@ -12,6 +12,7 @@ namespace kit {
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);
 std::string sqlText(const std::string& text);  // text as an SQL string literal
+size_t count(const std::string& text, const std::string& part);  // how often part occurs in text
 using Args = std::vector<std::string>;
 // The prior row of a deleted dot11ACL row, as the framework passes it.
 inline Args aclRow(const std::string& vap, const std::string& mac) { return {"vapName", "macAddress", vap, mac}; }
