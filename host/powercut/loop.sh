@@ -1,9 +1,9 @@
 #!/bin/sh
 # One pass of the power-cut loop, real tool invocations against a fixed
-# database: loop.sh ROOT TOOL.  Starts VAP ap2 (22 replacements of the driver
-# configuration file), inserts an access-list entry, changes the channel,
-# inserts a RADIUS server, deletes the entry and changes the channel back.
-# The channel changes read a second database that differs only in the
+# database: loop.sh ROOT TOOL.  Starts VAP ap2, inserts an access-list
+# entry, changes the channel, inserts a RADIUS server, deletes the entry and
+# changes the channel back: one replacement of the driver configuration file
+# each.  The channel changes read a second database that differs only in the
 # channel, so that nothing writes to a database.  Exit statuses are ignored:
 # without a real vap1 the VAP start fails at its very end (the MAC address).
 # With POWERCUT_ENDS set (the reference run), the hash of the file at the end
