@@ -39,7 +39,6 @@ example on a simulated access point; the scenario stage runs the same verbs :: s
 example on a simulated access point; the scenario stage runs the same verbs :: sh sim/ap exec /tmp/ap ip link
 example on a simulated access point; the scenario stage runs the same verbs :: sh sim/ap destroy /tmp/ap
 example on a simulated access point :: WLANSYNC_TRACE=1 sh sim/ap apply /tmp/ap "UPDATE dot11VAP SET ssid='\''Office'\'' WHERE rowid=2"
-example: a sandbox root with the kit :: sh host/kit/sandbox.sh /tmp/r sim/default.sql
 a benchmark: it prints figures and judges nothing :: sh sim/bench.sh
 a benchmark: it prints figures and judges nothing :: sh host/driver.sh bench
 a long series, for figures (the powercut stage runs 20 a file system) :: sh host/powercut.sh 200
