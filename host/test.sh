@@ -24,9 +24,9 @@ jobs=$(nproc 2>/dev/null || echo 2)
 export CMAKE_BUILD_PARALLEL_LEVEL="${CMAKE_BUILD_PARALLEL_LEVEL:-$jobs}"
 export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$jobs}"
 
-# Name | typical time (two idle cores, the packages there) | how it counts | lines
-# of its log shown when it passes | what it runs.  The order is the whole
-# suite's.
+# Name | typical time (two idle cores, the packages there and the trees
+# built; "new" until measured) | how it counts | lines of its log shown when
+# it passes | what it runs.  The order is the whole suite's.
 table='docs|1 s|1|0|code blocks and figures of README.md and docs/ (host/docs-check.sh)
 plain|1 min|ctest|0|the suite in build/, less the labels oracle and busy
 oracle|new|label|0|the CTest tests labelled oracle, in build/
