@@ -23,9 +23,9 @@ struct Copy {
     std::string target;  // where path leads through its symbolic links: read and replaced
     bool linked = false;  // path is a symbolic link
     Lines lines;         // without line ends
-    std::vector<char> crs;  // per line: its line end is CR LF
-    char crlf = 0;          // the file's own line end (its first line's), for new lines
-    std::vector<char> takenCrs;  // the line ends of the lines last taken, for their new text
+    std::string crs;     // per line: 1 when its line end is CR LF
+    char crlf = 0;       // the file's own line end (its first line's), for new lines
+    std::string takenCrs;  // the line ends of the lines last taken, for their new text
     size_t reused = 0;
     bool finalEnd = true;  // the last line ends in a line end
     bool edited = false;   // edits since the last commit
@@ -44,17 +44,15 @@ void report() {
 
 // Firmware keeps /etc in RAM and links the file to a partition that
 // survives a reboot: the link's final target is the file to read and
-// replace, never the link itself.  False for a missing file, a dangling
-// link or a loop; target is then the last path reached.
+// replace, never the link itself.  False for a dangling link or a loop;
+// target is then the last path reached.
 bool follow() {
     std::string& target = copy.target;
     for (int hops = 0; hops < 40; ++hops) {
-        struct stat st;
-        if (lstat(target.c_str(), &st) != 0) return false;
-        if (!S_ISLNK(st.st_mode)) return true;
         char to[PATH_MAX];
         ssize_t n = readlink(target.c_str(), to, sizeof to);
-        if (n <= 0 || n == sizeof to) return false;
+        if (n < 0) return errno == EINVAL || !copy.linked;  // not a link, or a plain missing file
+        if (n == 0 || n == sizeof to) return false;
         copy.linked = true;
         std::string link(to, static_cast<size_t>(n));  // relative: to the link's folder
         target = link[0] == '/' ? link : target.substr(0, target.rfind('/') + 1) + link;
@@ -84,7 +82,8 @@ bool load() {
     std::string path = cfgPath();
     if (copy.state != Copy::Unread && copy.path == path) return copy.state == Copy::Read;
     copy = Copy{};
-    copy.path = copy.target = path;
+    copy.target = std::string(path);
+    copy.path = std::move(path);
     copy.state = Copy::Unreadable;
     FILE* file = follow() ? adpFileOpen(copy.target.c_str(), "r") : nullptr;
     if (!file) return report(), false;

@@ -104,7 +104,7 @@ int runBounded(const char* const argv[], const sigset_t& callerMask) {
     if (err != 0) {
         if (!listed(unstartable, argv[0])) {
             unstartable.emplace_back(argv[0]);
-            wlan::logMsg(wlan::kCannotStart, argv[0], std::strerror(err));
+            wlan::logMsg(wlan::kCannotStart, argv[0]);
         }
         return 127;
     }
@@ -138,7 +138,8 @@ int runBounded(const char* const argv[], const sigset_t& callerMask) {
 
 extern "C" int adpCmdExec(const char* const argv[]) {
     if (!argv || !argv[0]) return 127;
-    if (int rc; wlan::wext::run(argv, rc)) return rc;  // the driver asked directly: no process
+    // The driver asked, or the daemon stopped, directly: no process.
+    if (int rc; wlan::wext::run(argv, rc) || wlan::stopByName(argv, rc)) return rc;
     if (listed(hung, argv[0])) return kTimedOut;
     // Stop signals get in only while the program is waited for, so their
     // handler kills the group of a program that runs, never a reaped one.

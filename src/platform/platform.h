@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <sqlite3.h>
-#include <string>
 
 extern "C" {
 
@@ -78,7 +77,12 @@ bool noteDatabase(const char* dbFile, int rc, const char* message);
 void changeBegun();
 
 // SQLite's message for the first database failure; empty when none.
-const std::string& databaseFault();
+const char* databaseFault();
+
+// "killall <name>" where the tool speaks to the driver directly: the
+// processes killall would match get SIGTERM, then after 2 s SIGKILL, and
+// status killall's status.  False: the program must run.
+bool stopByName(const char* const argv[], int& status);
 
 // Gives SQLite an allocator for a short process (src/platform/sqlmem.cpp);
 // before SQLite is first used.

@@ -13,7 +13,8 @@ inline constexpr LogMsg kDatabaseFailed{kLogError, "sqlite3QueryResGet", 212,
 inline constexpr char kNotApplied[] = "not applied";
 inline constexpr char kInPart[] = "applied only in part";
 
-// A program not found or not executable: its path and the system's reason.
-inline constexpr LogMsg kCannotStart{kLogError, "adpCmdExec", 58, "Cannot start %s: %s.\n"};
+// A program not found or not executable: its path.
+inline constexpr LogMsg kCannotStart{kLogError, "adpCmdExec", 58,
+                                     "Cannot start %s: not found or not executable.\n"};
 
 }  // namespace wlan

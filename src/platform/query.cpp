@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <sys/stat.h>
@@ -66,8 +67,8 @@ private:
 
 FileConnection fileConnection;
 
-bool begun = false;      // the handler has started: a failure now leaves part of the change
-std::string fault;       // SQLite's message for the first database failure
+bool begun = false;  // the handler has started: a failure now leaves part of the change
+char fault[200];     // SQLite's message for the first database failure
 
 }  // namespace
 
@@ -125,16 +126,16 @@ bool databaseFailed(int rc) {
 
 bool noteDatabase(const char* dbFile, int rc, const char* message) {
     if (!databaseFailed(rc)) return false;
-    if (fault.empty()) {
-        fault = message && *message ? message : sqlite3_errstr(rc);
-        logMsg(kDatabaseFailed, dbFile ? dbFile : "", fault.c_str(), begun ? kInPart : kNotApplied);
+    if (!*fault) {
+        std::snprintf(fault, sizeof fault, "%s", message ? message : "");
+        logMsg(kDatabaseFailed, dbFile ? dbFile : "", fault, begun ? kInPart : kNotApplied);
     }
     return true;
 }
 
 void changeBegun() { begun = true; }
 
-const std::string& databaseFault() { return fault; }
+const char* databaseFault() { return fault; }
 
 void shareConnection(sqlite3* db, const char* dbFile) {
     shared.db = nullptr;
