@@ -64,4 +64,25 @@ TEST(Dispatch, HandsTheRowOrThePriorRowToTheHandler) {
     EXPECT_EQ(std::tuple(seen.priorMac, seen.oneConnection, wlanDbHandle), std::tuple(nullptr, true, nullptr));
 }
 
+// A database that fails once the handler has begun: the change was applied
+// in part, and that is said once, however many queries fail.
+std::string unreadable;
+int failingHandler(const char*, int, int64_t, char**, int, int, char**) {
+    int cols, rows;
+    for (int i = 0; i < 2; ++i)
+        sqlite3_free_table(sqlite3QueryResGet(nullptr, unreadable.c_str(), "SELECT * FROM dot11ACL", &cols, &rows));
+    return -1;
+}
+
+TEST(Dispatch, DatabaseFailureInTheHandlerIsAChangeAppliedInPart) {
+    kit::Sandbox box("INSERT INTO dot11ACL VALUES ('ap1', 'M');");
+    box.enter();
+    unreadable = box.root() + "/text.db";
+    kit::writeFile(unreadable, "not a database, just text\n");
+    const TblHandlerEntry handlers[] = {{"dot11ACL", failingHandler}, {nullptr, nullptr}};
+    EXPECT_EQ(wlan::dispatchTo(handlers, box.db().c_str(), 18, "dot11ACL", 1, nullptr, 0), -1);
+    EXPECT_EQ(box.log(), "[8] sqlite3QueryResGet:212: Cannot read database " + unreadable +
+                             " (file is not a database): change applied only in part.\n");
+}
+
 }  // namespace

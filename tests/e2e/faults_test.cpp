@@ -97,6 +97,15 @@ TEST(Faults, UnusableLockFileLosesNoChange) {
     std::string cfg = box.cfg();
     for (int i = 0; i < n; ++i) EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
     EXPECT_EQ(box.log(), "");
+
+    // No lock at all (the folder gone too): the change is refused, and said so.
+    std::string folder = box.root() + "/etc/Wireless/RT2860AP";
+    std::system(("rm -rf " + folder).c_str());
+    kit::writeFile(folder, "");
+    EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 255);
+    EXPECT_EQ(box.log(), "[8] main:48: Cannot lock " + box.root() +
+                             "/tmp/wlanSyncTool.lock nor the driver file's folder: change not applied.\n");
+    EXPECT_EQ(box.calls().size(), size_t(n));
 }
 
 // A file that cannot be replaced (its temporary name taken by a folder, as
