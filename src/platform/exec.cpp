@@ -101,13 +101,7 @@ int runBounded(const char* const argv[], const sigset_t& callerMask) {
     int err = posix_spawnp(&pid, argv[0], &actions, &attr, const_cast<char* const*>(argv), environ);
     posix_spawnattr_destroy(&attr);
     posix_spawn_file_actions_destroy(&actions);
-    if (err != 0) {
-        if (!listed(unstartable, argv[0])) {
-            unstartable.emplace_back(argv[0]);
-            wlan::logMsg(wlan::kCannotStart, argv[0]);
-        }
-        return 127;
-    }
+    if (err != 0) return 127;
     wlan::signals::running(pid);
 
     int seconds = deadlineSeconds();
@@ -147,6 +141,12 @@ extern "C" int adpCmdExec(const char* const argv[]) {
     sigprocmask(SIG_BLOCK, &wlan::signals::stops(), &callerMask);
     int rc = runBounded(argv, callerMask);
     sigprocmask(SIG_SETMASK, &callerMask, nullptr);
+    // 127: not started (where exec's failure reaches the child only, as
+    // under an emulator, the child's own 127 says it), once per program.
+    if (rc == 127 && !listed(unstartable, argv[0])) {
+        unstartable.emplace_back(argv[0]);
+        wlan::logMsg(wlan::kCannotStart, argv[0]);
+    }
     wlan::trace::run(argv, rc);
     return rc;
 }
