@@ -127,7 +127,7 @@ bool databaseFailed(int rc) {
 bool noteDatabase(const char* dbFile, int rc, const char* message) {
     if (!databaseFailed(rc)) return false;
     if (!*fault) {
-        std::snprintf(fault, sizeof fault, "%s", message ? message : "");
+        std::snprintf(fault, sizeof fault, "%s", message && *message ? message : "no message");
         logMsg(kDatabaseFailed, dbFile ? dbFile : "", fault, begun ? kInPart : kNotApplied);
     }
     return true;
