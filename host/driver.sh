@@ -15,7 +15,9 @@
 # addresses stored are the driver's.  The direct path starts no driver
 # utility or ifconfig and leaves the utility's records byte for byte; the
 # fallback runs the programs for vap1 alone.  The same for a failing
-# request, a failing open and a value longer than iwpriv sends.
+# request, a failing open and a value longer than iwpriv sends.  The direct
+# path stops the daemon itself (no killall), as busybox's killall does on
+# the utility path, and one that ignores SIGTERM too.
 # Ends with "driver checks: N passed, M failed"; status 0 only when M is 0.
 #
 # sh host/driver.sh bench: instead, both paths side by side in one machine
@@ -42,12 +44,14 @@ trap 'exit 130' INT TERM HUP
 
 # Each case, one a line "NAME STEPS [PATTERN]", is run with each kind of
 # sandbox root (host/driver/init) as KIND-NAME, and every kind's run is
-# checked against the stand-ins' run of the same case.
+# checked against the stand-ins' run of the same case.  In deaf-daemon the
+# daemon ignores SIGTERM (host/driver/daemon).
 kinds="standin utility direct fallback"
 cases="day all
 set-fails 1 vap1 set AuthMode=
 up-fails 1 vap1 up
-long-value 9"
+long-value 9
+deaf-daemon 7"
 limit=300
 if [ "$mode" = bench ]; then
     kinds="bench-vap bench-day" cases="" limit=900
@@ -83,10 +87,14 @@ for kind in $kinds; do
     utility | bench-*)
         ln -sf /sbin/iwpriv "$R/mavo2.0/bin/iwpriv"
         cp "$top/sim/bin/rt2860apd" "$R/mavo2.0/bin/"
+        [ "$kind" != utility ] || cp "$top/host/driver/daemon" "$R/mavo2.0/bin/rt2860apd"
         rm "$R/bin/ifconfig" "$R/bin/killall"
         echo "driver=utility plain="
         ;;
-    direct) echo "driver= plain=" ;;
+    direct)
+        cp "$top/host/driver/daemon" "$R/mavo2.0/bin/rt2860apd"
+        echo "driver= plain="
+        ;;
     fallback) echo "driver= plain=vap1" ;;
     esac > "$ird/ap/$kind.env"
 done
@@ -228,12 +236,13 @@ compare() {
     same "$2: the MAC addresses stored are the driver's" "$e.drivermacs" "$e.macs"
 }
 : > "$work/empty"
-# programs CALLS [IF [keep]]: the driver utility's and ifconfig's calls in a
-# journal (those on IF alone when given), with keep its other lines too.
+# programs CALLS [IF [keep]]: the driver utility's, ifconfig's and
+# killall's calls in a journal (those on IF alone when given), with keep
+# its other lines too.
 programs() {
     awk -F '\t' -v only="${2:-}" -v keep="${3:-}" '
         { p = $1; sub(/.*\//, "", p) }
-        p != "iwpriv" && p != "ifconfig" { if (keep != "") print; next }
+        p != "iwpriv" && p != "ifconfig" && p != "killall" { if (keep != "") print; next }
         only == "" || $2 == only' "$1"
 }
 # fallback STANDIN RUN: vap1, whose driver offers no "set", gets the
@@ -259,7 +268,11 @@ while read -r name steps pattern; do
     same "direct-$name: the driver's records are the utility path's, byte for byte" \
         "$out/utility-$name/driver" "$out/direct-$name/driver"
     programs "$out/direct-$name/calls.log" > "$work/direct-$name.programs"
-    same "direct-$name: no driver utility or ifconfig started" "$work/empty" "$work/direct-$name.programs"
+    same "direct-$name: no driver utility, ifconfig or killall started" "$work/empty" "$work/direct-$name.programs"
+    same "direct-$name: the daemon started and stopped as on the utility path" \
+        "$out/utility-$name/daemon.log" "$out/direct-$name/daemon.log"
+    echo 1 > "$work/one"
+    same "direct-$name: one daemon left running" "$work/one" "$out/direct-$name/daemons"
 done << EOF
 $cases
 EOF

@@ -25,6 +25,10 @@ inline constexpr LogMsg kValueLineEnd{kLogError, "update_cfg_file", 447,
 // The file could not be read or replaced: once per invocation.
 inline constexpr LogMsg kCfgUnreadable{kLogError, "update_cfg_file", 452,
                                        "Cannot rewrite %s: left unchanged.\n"};
+// The same for a symbolic link that leads nowhere (dangling, a loop) or to a
+// file in a folder the tool cannot write: the link, then the last path reached.
+inline constexpr LogMsg kCfgLinkUnusable{kLogError, "update_cfg_file", 453,
+                                         "Cannot rewrite %s (a link to %s): left unchanged.\n"};
 inline constexpr LogMsg kWdsLineEnd{kLogError, "dot11WdsAddMac", 3602,
                                     "Value of %s holds a line end: not written.\n"};
 

@@ -1,7 +1,9 @@
 // The invocation's copy of the configuration file and its commit: the one
 // place that reads and replaces the file.
 #include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,8 +19,14 @@ namespace {
 
 struct Copy {
     enum State { Unread, Read, Unreadable } state = Unread;
-    std::string path;  // the file it was read from (the sandbox may change)
-    Lines lines;       // without line ends
+    std::string path;    // the file it was read from (the sandbox may change)
+    std::string target;  // where path leads through its symbolic links: read and replaced
+    bool linked = false;  // path is a symbolic link
+    Lines lines;         // without line ends
+    std::string crs;     // per line: 1 when its line end is CR LF
+    char crlf = 0;       // the file's own line end (its first line's), for new lines
+    std::string takenCrs;  // the line ends of the lines last taken, for their new text
+    size_t reused = 0;
     bool finalEnd = true;  // the last line ends in a line end
     bool edited = false;   // edits since the last commit
     std::string onDisk;    // the file's bytes as read or last written
@@ -28,26 +36,56 @@ Copy copy;
 bool reported = false;  // one record per invocation, however many edits fail
 
 void report() {
-    if (!reported) logMsg(kCfgUnreadable, cfgPath().c_str());
+    if (reported) return;
     reported = true;
+    if (!copy.linked) logMsg(kCfgUnreadable, cfgPath().c_str());
+    else logMsg(kCfgLinkUnusable, copy.path.c_str(), copy.target.c_str());
+}
+
+// Firmware keeps /etc in RAM and links the file to a partition that
+// survives a reboot: the link's final target is the file to read and
+// replace, never the link itself.  False for a dangling link or a loop;
+// target is then the last path reached.
+bool follow() {
+    std::string& target = copy.target;
+    for (int hops = 0; hops < 40; ++hops) {
+        char to[PATH_MAX];
+        ssize_t n = readlink(target.c_str(), to, sizeof to);
+        if (n < 0) return errno == EINVAL || !copy.linked;  // not a link, or a plain missing file
+        if (n == 0 || n == sizeof to) return false;
+        copy.linked = true;
+        std::string link(to, static_cast<size_t>(n));  // relative: to the link's folder
+        target = link[0] == '/' ? link : target.substr(0, target.rfind('/') + 1) + link;
+    }
+    return false;
 }
 
 std::string text() {
     std::string out;
     for (size_t i = 0; i < copy.lines.size(); ++i) {
         out += copy.lines[i];
+        if (copy.crs[i]) out += '\r';
         if (i + 1 < copy.lines.size() || copy.finalEnd) out += '\n';
     }
     return out;
+}
+
+// A line's CR before its line end belongs to the line end, not the value.
+void addLine(std::string line) {
+    char cr = !line.empty() && line.back() == '\r';
+    if (cr) line.pop_back();
+    copy.lines.push_back(std::move(line));
+    copy.crs.push_back(cr);
 }
 
 bool load() {
     std::string path = cfgPath();
     if (copy.state != Copy::Unread && copy.path == path) return copy.state == Copy::Read;
     copy = Copy{};
-    copy.path = path;
+    copy.target = std::string(path);
+    copy.path = std::move(path);
     copy.state = Copy::Unreadable;
-    FILE* file = adpFileOpen(path.c_str(), "r");
+    FILE* file = follow() ? adpFileOpen(copy.target.c_str(), "r") : nullptr;
     if (!file) return report(), false;
     char buffer[4096];
     size_t n;
@@ -58,13 +96,14 @@ bool load() {
     for (size_t at = 0; at < copy.onDisk.size();) {
         size_t end = copy.onDisk.find('\n', at);
         if (end == std::string::npos) {
-            copy.lines.push_back(copy.onDisk.substr(at));
+            addLine(copy.onDisk.substr(at));
             copy.finalEnd = false;
             break;
         }
-        copy.lines.push_back(copy.onDisk.substr(at, end - at));
+        addLine(copy.onDisk.substr(at, end - at));
         at = end + 1;
     }
+    copy.crlf = !copy.crs.empty() && copy.crs[0];
     copy.state = Copy::Read;
     return true;
 }
@@ -86,16 +125,20 @@ bool writeAll(int fd, const std::string& bytes) {
     return true;
 }
 
-// The new file is written whole under the rebuild file's name with the old
-// file's mode (it holds pass phrases) and owner, synced, and only then
-// renamed over the old one: on flash file systems a rename that overtakes
-// its data leaves an empty file after a power cut.  The folder is synced
-// after the rename so that the new name itself survives one.
+// The new file is written whole under the rebuild file's name, in the
+// target's folder (a rename cannot cross file systems), with the old file's
+// mode (it holds pass phrases) and owner, synced, and only then renamed over
+// the old one: on flash file systems a rename that overtakes its data leaves
+// an empty file after a power cut.  The folder is synced after the rename so
+// that the new name itself survives one.  A temporary file left by an
+// invocation that was cut off goes; the new one is created, never reused.
 bool replace(const std::string& bytes) {
-    std::string from = rebuildPath();
+    std::string folder = copy.target.substr(0, copy.target.rfind('/') + 1);
+    std::string from = folder + (std::strrchr(kRebuildFile, '/') + 1);
     struct stat old;
-    bool hadOld = stat(copy.path.c_str(), &old) == 0;
-    int fd = open(from.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    bool hadOld = stat(copy.target.c_str(), &old) == 0;
+    unlink(from.c_str());
+    int fd = open(from.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd < 0) return false;
     bool ok = writeAll(fd, bytes);
     if (ok && hadOld) {
@@ -106,12 +149,11 @@ bool replace(const std::string& bytes) {
     }
     ok = ok && fsync(fd) == 0;
     ok = close(fd) == 0 && ok;
-    if (!ok || std::rename(from.c_str(), copy.path.c_str()) != 0) {
+    if (!ok || std::rename(from.c_str(), copy.target.c_str()) != 0) {
         unlink(from.c_str());
         return false;
     }
-    std::string folder = copy.path.substr(0, copy.path.rfind('/'));
-    int dir = open(folder.empty() ? "/" : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int dir = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dir >= 0) {
         fsync(dir);
         close(dir);
@@ -126,23 +168,31 @@ bool takeLines(std::initializer_list<const char*> needles, Lines* taken) {
     // Kept lines close up in place: an edit runs for every setting of a
     // VAP start, over every line of the file.
     size_t kept = 0;
-    for (std::string& line : copy.lines) {
+    copy.takenCrs.clear();
+    copy.reused = 0;
+    for (size_t i = 0; i < copy.lines.size(); ++i) {
+        std::string& line = copy.lines[i];
         if (keyHoldsAny(line, needles)) {
             if (taken) taken->push_back(std::move(line));
+            copy.takenCrs.push_back(copy.crs[i]);
         } else {
-            if (&line != &copy.lines[kept]) copy.lines[kept] = std::move(line);
-            ++kept;
+            if (i != kept) copy.lines[kept] = std::move(line);
+            copy.crs[kept++] = copy.crs[i];
         }
     }
     copy.lines.resize(kept);
+    copy.crs.resize(kept);
     copy.finalEnd = true;  // every line written ends in its line end
     copy.edited = true;
     return true;
 }
 
+// A rewritten line keeps its own line end, in the order the lines were
+// taken; a new one takes the file's.
 void appendLine(std::string_view line) {
     if (copy.state != Copy::Read) return;
     copy.lines.emplace_back(line);
+    copy.crs.push_back(copy.reused < copy.takenCrs.size() ? copy.takenCrs[copy.reused++] : copy.crlf);
     copy.finalEnd = true;
     copy.edited = true;
 }

@@ -30,7 +30,8 @@ class ProcessConnection {
 public:
     explicit ProcessConnection(const char* dbFile) {
         // The database must exist: no empty file is created under a wrong name.
-        if (sqlite3_open_v2(dbFile, &wlanDbHandle, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+        if (int rc = sqlite3_open_v2(dbFile, &wlanDbHandle, SQLITE_OPEN_READWRITE, nullptr); rc != SQLITE_OK) {
+            wlan::noteDatabase(dbFile, rc, sqlite3_errmsg(wlanDbHandle));
             sqlite3_close(wlanDbHandle);
             wlanDbHandle = nullptr;
             return;
@@ -86,9 +87,10 @@ int dispatchTo(const TblHandlerEntry* table, const char* dbFile, int opType,
     }
 
     for (const TblHandlerEntry* row = table; row->tableName; ++row) {
-        if (std::strcmp(row->tableName, tblName) == 0)
-            return row->handler(dbFile, opType, static_cast<int64_t>(rowId), changed.table(),
-                                nCols, nRows, priorRow);
+        if (std::strcmp(row->tableName, tblName) != 0) continue;
+        wlan::changeBegun();  // a database failure from now on leaves part of the change
+        return row->handler(dbFile, opType, static_cast<int64_t>(rowId), changed.table(), nCols,
+                            nRows, priorRow);
     }
     return -1;
 }

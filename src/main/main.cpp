@@ -15,7 +15,7 @@
 
 namespace {
 constexpr wlan::LogMsg kNoLock{wlan::kLogError, "main", 48,
-                               "Cannot lock %s: running without serialisation.\n"};
+                               "Cannot lock %s nor the driver file's folder: change not applied.\n"};
 }
 
 extern "C" int main(int argc, char** argv) {
@@ -38,8 +38,11 @@ extern "C" int main(int argc, char** argv) {
     int opType = wlan::dbNumber(argv[2]);
     int rowId = wlan::dbNumber(argv[4]);
 
-    // The driver configuration file and its temporary files have fixed names:
-    // one tool process at a time edits them.
-    if (!wlan::holdProcessLock()) wlan::logMsg(kNoLock, wlan::rootPath(wlan::kLockFile).c_str());
+    // The driver configuration file is read, edited and replaced whole: one
+    // tool process at a time, or none.
+    if (!wlan::holdProcessLock()) {
+        wlan::logMsg(kNoLock, wlan::rootPath(wlan::kLockFile).c_str());
+        return -1;
+    }
     return tblHandlerDispatch(argv[1], opType, argv[3], rowId, argv + 5, argc - 5);
 }

@@ -12,6 +12,7 @@
 
 #include "platform/log.h"
 #include "platform/platform.h"
+#include "platform/platformtext.h"
 #include "platform/signals.h"
 #include "platform/trace.h"
 #include "platform/wext.h"
@@ -41,9 +42,11 @@ int deadlineSeconds() {
 // Programs that ran past their deadline in this invocation: a wedged driver
 // stays wedged, so their later calls fail at once instead of each waiting.
 std::vector<std::string> hung;
+// Programs that could not be started: said once per invocation.
+std::vector<std::string> unstartable;
 
-bool isHung(const char* program) {
-    for (const std::string& name : hung)
+bool listed(const std::vector<std::string>& names, const char* program) {
+    for (const std::string& name : names)
         if (name == program) return true;
     return false;
 }
@@ -129,14 +132,21 @@ int runBounded(const char* const argv[], const sigset_t& callerMask) {
 
 extern "C" int adpCmdExec(const char* const argv[]) {
     if (!argv || !argv[0]) return 127;
-    if (int rc; wlan::wext::run(argv, rc)) return rc;  // the driver asked directly: no process
-    if (isHung(argv[0])) return kTimedOut;
+    // The driver asked, or the daemon stopped, directly: no process.
+    if (int rc; wlan::wext::run(argv, rc) || wlan::stopByName(argv, rc)) return rc;
+    if (listed(hung, argv[0])) return kTimedOut;
     // Stop signals get in only while the program is waited for, so their
     // handler kills the group of a program that runs, never a reaped one.
     sigset_t callerMask;
     sigprocmask(SIG_BLOCK, &wlan::signals::stops(), &callerMask);
     int rc = runBounded(argv, callerMask);
     sigprocmask(SIG_SETMASK, &callerMask, nullptr);
+    // 127: not started (where exec's failure reaches the child only, as
+    // under an emulator, the child's own 127 says it), once per program.
+    if (rc == 127 && !listed(unstartable, argv[0])) {
+        unstartable.emplace_back(argv[0]);
+        wlan::logMsg(wlan::kCannotStart, argv[0]);
+    }
     wlan::trace::run(argv, rc);
     return rc;
 }

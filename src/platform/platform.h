@@ -63,6 +63,27 @@ namespace wlan {
 // that file; a null db ends the loan (before db is closed).
 void shareConnection(sqlite3* db, const char* dbFile);
 
+// SQLite's result code rc says that the database itself cannot be opened or
+// read (missing, not a database, corrupt, an I/O error, busy past the busy
+// handler's limit), not that a statement failed (a missing table, a row
+// gone), which is normal when a row is deleted before the tool runs.
+bool databaseFailed(int rc);
+
+// Notes a failed open or statement on dbFile with SQLite's message; the
+// first database failure of the process is logged once, as a change not
+// applied or, after changeBegun(), applied only in part.  Returns
+// databaseFailed(rc).
+bool noteDatabase(const char* dbFile, int rc, const char* message);
+void changeBegun();
+
+// SQLite's message for the first database failure; empty when none.
+const char* databaseFault();
+
+// "killall <name>" where the tool speaks to the driver directly: the
+// processes killall would match get SIGTERM, then after 2 s SIGKILL, and
+// status killall's status.  False: the program must run.
+bool stopByName(const char* const argv[], int& status);
+
 // Gives SQLite an allocator for a short process (src/platform/sqlmem.cpp);
 // before SQLite is first used.
 void useShortLivedMemory();

@@ -1,9 +1,11 @@
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <sys/stat.h>
 #include <time.h>
 
 #include "platform/platform.h"
+#include "platform/platformtext.h"
 #include "platform/trace.h"
 
 namespace {
@@ -41,7 +43,8 @@ public:
     sqlite3* get(const char* dbFile) {
         if (db_ && file_ == dbFile) return db_;
         close();
-        if (sqlite3_open_v2(dbFile, &db_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+        if (int rc = sqlite3_open_v2(dbFile, &db_, SQLITE_OPEN_READWRITE, nullptr); rc != SQLITE_OK) {
+            wlan::noteDatabase(dbFile, rc, sqlite3_errmsg(db_));
             close();
             return nullptr;
         }
@@ -63,6 +66,9 @@ private:
 };
 
 FileConnection fileConnection;
+
+bool begun = false;  // the handler has started: a failure now leaves part of the change
+char fault[200];     // SQLite's message for the first database failure
 
 }  // namespace
 
@@ -94,6 +100,7 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     int rows = 0, cols = 0;
     int rc = sqlite3_get_table(db, statement, &table, &rows, &cols, &error);
     wlan::trace::statement(statement, rows, rc == SQLITE_OK ? nullptr : error ? error : "");
+    if (rc != SQLITE_OK) wlan::noteDatabase(dbFile ? dbFile : sqlite3_db_filename(db, "main"), rc, error);
     sqlite3_free(error);
     if (rc != SQLITE_OK) {
         sqlite3_free_table(table);
@@ -107,6 +114,28 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
 }  // extern "C"
 
 namespace wlan {
+
+bool databaseFailed(int rc) {
+    switch (rc & 0xff) {
+    case SQLITE_BUSY: case SQLITE_LOCKED: case SQLITE_IOERR: case SQLITE_CORRUPT:
+    case SQLITE_CANTOPEN: case SQLITE_NOTADB: case SQLITE_PERM:
+        return true;
+    }
+    return false;
+}
+
+bool noteDatabase(const char* dbFile, int rc, const char* message) {
+    if (!databaseFailed(rc)) return false;
+    if (!*fault) {
+        std::snprintf(fault, sizeof fault, "%s", message && *message ? message : "no message");
+        logMsg(kDatabaseFailed, dbFile ? dbFile : "", fault, begun ? kInPart : kNotApplied);
+    }
+    return true;
+}
+
+void changeBegun() { begun = true; }
+
+const char* databaseFault() { return fault; }
 
 void shareConnection(sqlite3* db, const char* dbFile) {
     shared.db = nullptr;

@@ -26,14 +26,9 @@ void makeParentDirs(const std::string& path) {
     }
 }
 
-bool holdProcessLock() {
-    std::string path = rootPath(kLockFile);
-    // O_CLOEXEC: the daemon that the tool starts must not keep the lock.
-    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (fd < 0) {
-        makeParentDirs(path);
-        fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    }
+namespace {
+
+bool lockFd(int fd) {
     if (fd < 0) return false;
     while (flock(fd, LOCK_EX) != 0) {
         if (errno != EINTR) {
@@ -42,6 +37,23 @@ bool holdProcessLock() {
         }
     }
     return true;  // the descriptor stays open until the process exits
+}
+
+}  // namespace
+
+bool holdProcessLock() {
+    std::string path = rootPath(kLockFile);
+    // O_CLOEXEC: the daemon that the tool starts must not keep the lock.
+    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        makeParentDirs(path);
+        fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    }
+    // A lock file that cannot be used (a folder in its place, a full or
+    // read-only /tmp) must not let two changes read and write the driver
+    // file at once: every invocation falls back to the same folder.
+    return lockFd(fd) ||
+           lockFd(open(rootPath(kLockFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
 }  // namespace wlan

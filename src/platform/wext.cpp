@@ -159,6 +159,13 @@ bool buildSet(Request<Pointer>& req, const PrivateSet& set, const char* ifname, 
 template bool buildSet(Request<uint32_t>&, const PrivateSet&, const char*, const char*, unsigned char*, uint32_t);
 template bool buildSet(Request<uint64_t>&, const PrivateSet&, const char*, const char*, unsigned char*, uint64_t);
 
+bool direct() {
+    int fd = utilityForced() ? -1 : socketFd();
+    for (const char* vap : {"vap0", "vap1", "vap2", "vap3"})
+        if (fd >= 0 && offered(fd, vap)) return true;
+    return false;
+}
+
 bool run(const char* const argv[], int& status) {
     int argc = 0;
     while (argc < 5 && argv[argc]) ++argc;

@@ -16,6 +16,10 @@ namespace wlan::wext {
 // (no such driver, another command, or WLANSYNC_DRIVER=utility).
 bool run(const char* const argv[], int& status);
 
+// The tool speaks to the driver itself: WLANSYNC_DRIVER=utility is not set
+// and one of vap0-vap3 offers the driver's private "set".
+bool direct();
+
 // The driver's private "set" as its private-command list describes it.
 struct PrivateSet {
     uint32_t ioctl;     // the request number sent

@@ -43,6 +43,7 @@ extern "C" int dot11MacAddrUpdate(sqlite3* db, const char* table, const char* if
     wlan::SqlText statement = sqlFormat(kStoreMac, table, mac, ifname);
     char* error = nullptr;
     int rc = sqlite3_exec(db, statement.get(), nullptr, nullptr, &error);
+    wlan::noteDatabase(sqlite3_db_filename(db, "main"), rc, error);
     sqlite3_free(error);
     return rc == SQLITE_OK ? 0 : -1;
 }

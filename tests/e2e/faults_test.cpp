@@ -1,5 +1,6 @@
-// Faults a device meets: a busy database, a missing or failing driver
-// utility, an unusable configuration file, long values, many writers.
+// Faults a device meets: a busy or unreadable database, a missing or failing
+// program, an unusable configuration file or lock, long values, many writers.
+// Every change lost is said once.
 #include <chrono>
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -34,7 +35,36 @@ TEST(Faults, DatabaseLockedByAnotherWriterIsWaitedFor) {
     EXPECT_EQ(box.cfgLines().back(), "AccessControlList0=00:0C:43:00:00:A");
 }
 
-TEST(Faults, DriverUtilityMissingOrFailing) {
+// Held past the busy handler's 10 s: the change is lost, and said so (its
+// own CTest test, labelled "busy").
+TEST(Faults, BusyDatabasePastTheHandlersLimitIsSaid) {
+    kit::Sandbox box(kit::accessPointSeed());
+    sqlite3* writer = nullptr;
+    sqlite3_open(box.db().c_str(), &writer);
+    sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    kit::Run run = box.change(18, "dot11ACL", 1);
+    sqlite3_close(writer);
+    EXPECT_EQ(run.status, 255);
+    EXPECT_EQ(box.log(), "[8] sqlite3QueryResGet:212: Cannot read database " + box.db() +
+                             " (database is locked): change not applied.\n");
+}
+
+TEST(Faults, DatabaseThatCannotBeReadIsSaidOnce) {
+    // {the database file's bytes ("" for none), SQLite's message}
+    for (auto [bytes, message] : {std::pair{"", "unable to open database file"},
+                                  {"not a database, just text\n", "file is not a database"}}) {
+        kit::Sandbox box(kit::accessPointSeed());
+        std::remove(box.db().c_str());
+        if (*bytes) kit::writeFile(box.db(), bytes);
+        EXPECT_EQ(box.change(23, "dot11VAP", 1).status, 255);
+        EXPECT_EQ(box.log(), "[8] sqlite3QueryResGet:212: Cannot read database " + box.db() + " (" + message +
+                                 "): change not applied.\n");
+        EXPECT_EQ(kit::readFile(box.db()), bytes);  // a missing one is not created
+        EXPECT_TRUE(box.calls().empty());
+    }
+}
+
+TEST(Faults, ProgramMissingOrFailing) {
     kit::Sandbox box(kit::accessPointSeed());
     box.sql("INSERT INTO dot11ACL VALUES ('ap1', '" + mac(2) + "');");
     std::remove(box.iwpriv().c_str());
@@ -43,7 +73,39 @@ TEST(Faults, DriverUtilityMissingOrFailing) {
     kit::writeFile(box.iwpriv(), "#!/bin/sh\nkill -9 $$\n");
     chmod(box.iwpriv().c_str(), 0755);
     EXPECT_EQ(box.change(18, "dot11ACL", 2).status, 128 + 9);
+    EXPECT_EQ(box.log(), "[8] adpCmdExec:58: Cannot start " + box.iwpriv() + ": not found or not executable.\n");
+
+    // A missing daemon: stopped, never started again, and said once; its restart counts as done.
+    std::remove(box.daemon().c_str());
+    EXPECT_EQ(box.change(18, "radiusClient", 1).status, 0);
+    EXPECT_EQ(kit::count(box.log(), "[8] adpCmdExec:58: Cannot start " + box.daemon() + ": not found"), 1u);
+    EXPECT_EQ(box.calls().back(), "killall rt2860apd");
+}
+
+// Whatever stands where the lock file goes, concurrent changes are
+// serialised on the driver file's folder: none lost, none in vain.
+TEST(Faults, UnusableLockFileLosesNoChange) {
+    kit::Sandbox box(kit::accessPointSeed());
+    mkdir((box.root() + "/tmp/wlanSyncTool.lock").c_str(), 0755);
+    const int n = 40;
+    std::string rows;
+    for (int i = 0; i < n; ++i) rows += "INSERT INTO dot11ACL VALUES ('ap1', '" + mac(i) + "');";
+    box.sql(rows);
+    std::vector<kit::Sandbox::Started> runs;
+    for (int i = 0; i < n; ++i) runs.push_back(box.start(box.changeArgs(18, "dot11ACL", i + 2)));
+    for (int i = 0; i < n; ++i) EXPECT_EQ(kit::Sandbox::finish(runs[i]).status, 0) << i;
+    std::string cfg = box.cfg();
+    for (int i = 0; i < n; ++i) EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
     EXPECT_EQ(box.log(), "");
+
+    // No lock at all (the folder gone too): the change is refused, and said so.
+    std::string folder = box.root() + "/etc/Wireless/RT2860AP";
+    std::system(("rm -rf " + folder).c_str());
+    kit::writeFile(folder, "");
+    EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 255);
+    EXPECT_EQ(box.log(), "[8] main:48: Cannot lock " + box.root() +
+                             "/tmp/wlanSyncTool.lock nor the driver file's folder: change not applied.\n");
+    EXPECT_EQ(box.calls().size(), size_t(n));
 }
 
 // A file that cannot be replaced (its temporary name taken by a folder, as

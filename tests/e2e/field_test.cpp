@@ -1,13 +1,16 @@
 // Where the tool goes beyond the device in the field: values never select
-// lines, a change is one commit of the file, a program that never returns is
+// lines, a change is one commit of the file, a linked file is followed, a
+// line's end is not part of its value, a program that never returns is
 // stopped at its deadline, a stop signal ends tool and program with no half
 // change, and a trace on standard error tells what an invocation did.
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
+#include "cfgfile/cfgfile.h"
 #include "sandbox.h"
 
 namespace {
@@ -98,6 +101,84 @@ TEST(FieldRules, OneChangeIsOneCommitBeforeEachReaderAndNothingGrows) {
     EXPECT_EQ(box.change(18, "radiusClient", 1).status, 0);
     std::string daemonSaw = kit::readFile(box.root() + "/at-daemon");
     EXPECT_TRUE(daemonSaw.ends_with("RADIUS_Key=secret;secret;secret;secret\nEAPifname=\n")) << daemonSaw;
+}
+
+// Firmware with /etc in RAM links the driver file to a partition that
+// survives a reboot: the link stays, its final target takes the change.
+TEST(FieldRules, LinkedDriverFileIsFollowed) {
+    // {links from the driver file on (each to the next), status, the record's link target}
+    struct Case { std::vector<std::string> links; bool tmpfs, readOnly; int status; std::string record; } cases[] = {
+        {{"../../../var/cfg/RT2860AP.dat"}, false, false, 0, ""},
+        {{"ROOT/etc/hop.dat", "../var/cfg/RT2860AP.dat"}, false, false, 0, ""},  // a chain
+        {{"../../../var/cfg/none.dat"}, false, false, 255, "/etc/Wireless/RT2860AP/../../../var/cfg/none.dat"},
+        {{"RT2860AP.dat"}, false, false, 255, "/etc/Wireless/RT2860AP/RT2860AP.dat"},  // a loop
+        {{"../../../var/cfg/RT2860AP.dat"}, true, false, 0, ""},  // another file system
+        {{"../../../var/cfg/RT2860AP.dat"}, true, true, 255, "/etc/Wireless/RT2860AP/../../../var/cfg/RT2860AP.dat"},
+    };
+    for (const Case& c : cases) {
+        kit::Sandbox box(kit::accessPointSeed());
+        std::string cfg = kit::readFile(box.cfgPath()), folder = box.root() + "/var/cfg", target = folder + "/RT2860AP.dat";
+        mkdir(folder.c_str(), 0755);
+        if (c.tmpfs && (geteuid() != 0 || mount("wlansync", folder.c_str(), "tmpfs", 0, nullptr) != 0))
+            GTEST_SKIP() << "cannot mount a tmpfs (not root)";
+        kit::writeFile(target, cfg);
+        chmod(target.c_str(), 0600);
+        if (c.readOnly) mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+        std::string from = box.cfgPath(), first;
+        for (std::string link : c.links) {
+            if (link.starts_with("ROOT")) link.replace(0, 4, box.root());
+            std::remove(from.c_str());
+            symlink(link.c_str(), from.c_str());
+            if (first.empty()) first = link;
+            from = link[0] == '/' ? link : from.substr(0, from.rfind('/') + 1) + link;
+        }
+        kit::Run run = box.change(18, "dot11ACL", 1);
+        std::string after = kit::readFile(target);
+        EXPECT_EQ(run.status, c.status) << first;
+        char link[256] = {};
+        EXPECT_EQ(readlink(box.cfgPath().c_str(), link, sizeof link - 1), ssize_t(first.size())) << first;
+        if (c.status == 0) {
+            EXPECT_TRUE(after.ends_with("\nAccessControlList0=00:0C:43:00:00:A\n")) << c.links[0];
+            EXPECT_EQ(fileStat(target).st_mode & 07777, 0600u);
+            EXPECT_EQ(box.log(), "");
+        } else {
+            EXPECT_EQ(after, cfg);
+            EXPECT_EQ(box.log(), "[8] update_cfg_file:453: Cannot rewrite " + box.cfgPath() + " (a link to " +
+                                     box.root() + c.record + "): left unchanged.\n");
+        }
+        for (std::string left : {folder, box.root() + "/etc/Wireless/RT2860AP"})  // no temporary file left
+            EXPECT_NE(access((left + "/rt2860AP1.dat").c_str(), F_OK), 0) << left;
+        if (c.tmpfs) umount2(folder.c_str(), MNT_DETACH);
+    }
+}
+
+// In a CRLF file the CR belongs to the line end: the same changes give the
+// LF file's result with every line end CR LF, and no CR inside a value.
+TEST(FieldRules, LineEndIsNotPartOfTheValue) {
+    auto crlf = [](std::string text) {
+        for (size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
+        return text;
+    };
+    std::string files[2];
+    for (int cr : {0, 1}) {
+        kit::Sandbox box(kit::accessPointSeed() + "UPDATE dot11Radio SET wdsEnabled=1;"
+                         "INSERT INTO dot11WDSPeers VALUES (1, '00:1A:2B:3C:99:01', 2, 'CCMP', 'k');");
+        if (cr) box.setCfg(crlf(box.cfg()));
+        box.change(23, "dot11VAP", 2);  // a VAP start (failing at its MAC address): lists spliced, lines rewritten
+        EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 0);  // a line added
+        EXPECT_EQ(box.change(18, "dot11WDSPeers", 1).status, 0);  // WdsList's slot 2
+        files[cr] = box.cfg();
+    }
+    EXPECT_NE(files[0].find("\nWdsList=00:00:00:00:00:00;00:1A:2B:3C:99:01;"), std::string::npos) << files[0];
+    EXPECT_EQ(files[1], crlf(files[0]));
+
+    // A mixed file: a rewritten line keeps its own end, a new one takes the first line's.
+    kit::Sandbox box;
+    box.enter();
+    box.setCfg("Default\nSSID2=a\r\nAuthMode=OPEN\r\n");
+    EXPECT_EQ(update_cfg_file("vap1", "SSID", -1, "b") | update_cfg_file("vap1", "AuthMode", -1, "WPA2") |
+              update_cfg_file("vap1", "Channel", 6, nullptr), 0);
+    EXPECT_EQ(box.cfg(), "Default\nSSID2=b\r\nAuthMode=OPEN;WPA2\r\nChannel=6\n");
 }
 
 // The driver utility from now on appends its pid (its group's) to R/hung and
