@@ -18,6 +18,7 @@
 #include "main/resync.h"
 #include "main/resynctext.h"
 #include "platform/replay.h"
+#include "platform/sandbox.h"
 #include "platform/sql.h"
 #include "radio/radio.h"
 #include "radio/radiotext.h"
@@ -132,21 +133,32 @@ int act(const char* dbFile, const Actor& a) {
         return onRow(dbFile, dot11WPSTblHandler, "dot11WPS", OP_UPDATE, a.number);
     case Actor::Radius:
         return radiusClientHandler(dbFile, OP_UPDATE, 0, nullptr, 0, 0, nullptr);
-    case Actor::Acl:
+    case Actor::Acl: {  // each address as an inserted row adds it, in rowid order
         emptyAccessList(a.ifname);
-        for (int id : rowIds(sqlFormat(kVapAcl, a.vap.c_str()).get()))
-            onRow(dbFile, dot11ACLTblHandler, "dot11ACL", OP_INSERT, id);
+        Rows macs = Rows::query(wlanDbHandle, nullptr, sqlFormat(kVapAcl, a.vap.c_str()).get());
+        for (int r = 0; r < macs.rows(); ++r) dot11AclAddMac(a.ifname.c_str(), macs.value(r, "macAddress"));
         return 0;
+    }
     }
     return 0;
 }
 
-// Runs one actor into the copy and notes the entries it changed.
+// Runs one actor into the copy and notes the entries it changed.  An edit
+// keeps the lines it does not take in their order and appends the new ones,
+// so the lines a step took and wrote are found in one walk.
 int step(const char* dbFile, Replay& r, Actor a) {
     Lines before = *copyLines();
     int rc = act(dbFile, a);
+    const Lines& after = *copyLines();
+    Lines taken, written;
+    size_t j = 0;
+    for (std::string& line : before) {
+        if (j < after.size() && line == after[j]) ++j;
+        else taken.push_back(std::move(line));
+    }
+    written.assign(after.begin() + static_cast<std::ptrdiff_t>(j), after.end());
     int actor = static_cast<int>(r.actors.size());
-    for (const KeyLines& d : differences(std::move(before), *copyLines()))
+    for (const KeyLines& d : differences(std::move(taken), std::move(written)))
         for (int entry : changedEntries(d)) r.writes.push_back({d.key, entry, actor});
     r.actors.push_back(std::move(a));
     return rc;
@@ -178,18 +190,26 @@ bool isUp(const std::string& ifname) {
     return up;
 }
 
-// The daemon runs when a process has its name, as killall finds it.
+std::string procText(const std::string& path) {
+    std::string text;
+    if (FILE* file = std::fopen(path.c_str(), "r")) {
+        for (int c; (c = std::fgetc(file)) != EOF;) text += static_cast<char>(c);
+        std::fclose(file);
+    }
+    return text;
+}
+
+// The daemon runs when a process has its name, as killall finds it; in a
+// sandbox, one started from the sandbox's own path.
 bool daemonRunning() {
     DIR* proc = opendir("/proc");
     if (!proc) return false;
     bool found = false;
     while (dirent* entry = readdir(proc)) {
         if (entry->d_name[0] < '1' || entry->d_name[0] > '9') continue;
-        FILE* comm = std::fopen(("/proc/" + std::string(entry->d_name) + "/comm").c_str(), "r");
-        char name[32] = {};
-        if (!comm) continue;
-        found = std::fgets(name, sizeof name, comm) && std::string(name) == std::string(auth::kDaemonName) + "\n";
-        std::fclose(comm);
+        std::string dir = "/proc/" + std::string(entry->d_name);
+        found = procText(dir + "/comm") == std::string(auth::kDaemonName) + "\n" &&
+                (!*sandboxRoot() || procText(dir + "/cmdline").find(rootPath(auth::kDaemon)) != std::string::npos);
         if (found) break;
     }
     closedir(proc);
@@ -241,12 +261,18 @@ constexpr const char* kActorNames[] = {"radio of ",   "VAP instance ", "WDS",   
 }  // namespace
 
 std::vector<KeyLines> differences(Lines before, Lines after) {
-    auto byKey = [](const std::string& x, const std::string& y) {
-        std::string_view kx = keyOf(x), ky = keyOf(y);
-        return kx != ky ? kx < ky : x < y;
+    // By key, then by line: each key's lines together, each side sorted.
+    auto sorted = [](Lines& lines) {
+        std::vector<std::pair<std::string_view, std::string*>> order;
+        for (std::string& line : lines) order.emplace_back(keyOf(line), &line);
+        std::sort(order.begin(), order.end(),
+                  [](const auto& x, const auto& y) { return x.first != y.first ? x.first < y.first : *x.second < *y.second; });
+        Lines out;
+        for (const auto& entry : order) out.push_back(std::move(*entry.second));
+        lines = std::move(out);
     };
-    std::sort(before.begin(), before.end(), byKey);
-    std::sort(after.begin(), after.end(), byKey);
+    sorted(before);
+    sorted(after);
     std::vector<KeyLines> out;
     for (size_t i = 0, j = 0; i < before.size() || j < after.size();) {
         bool fromBefore = i < before.size() && (j >= after.size() || keyOf(before[i]) <= keyOf(after[j]));

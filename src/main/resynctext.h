@@ -35,7 +35,7 @@ inline constexpr char kVaps[] = "SELECT vapName, vapEnabled FROM dot11VAP";
 inline constexpr char kRadios[] = "SELECT radioNo, wdsEnabled FROM dot11Radio";
 inline constexpr char kRowIds[] = "SELECT rowid FROM %s ORDER BY rowid";
 inline constexpr char kRow[] = "SELECT * from %s WHERE rowid=%d";
-inline constexpr char kVapAcl[] = "SELECT rowid FROM dot11ACL WHERE vapName='%q' ORDER BY rowid";
+inline constexpr char kVapAcl[] = "SELECT macAddress FROM dot11ACL WHERE vapName='%q' ORDER BY rowid";
 inline constexpr char kInterfaces[] = "SELECT interfaceName, vapName FROM dot11Interface";
 
 // The access-control list's key, numbered by the VAP's digit.
