@@ -33,7 +33,8 @@ inline constexpr char kBegin[] = "BEGIN";  // one snapshot for the whole replay
 inline constexpr char kEnd[] = "COMMIT";
 inline constexpr char kVaps[] = "SELECT vapName, vapEnabled FROM dot11VAP";
 inline constexpr char kRadios[] = "SELECT radioNo, wdsEnabled FROM dot11Radio";
-inline constexpr char kRowIds[] = "SELECT rowid FROM %s ORDER BY rowid";
+inline constexpr char kCountryRows[] = "SELECT rowid FROM dot11GlobalConfig ORDER BY rowid";
+inline constexpr char kWpsRows[] = "SELECT rowid FROM dot11WPS ORDER BY rowid";
 inline constexpr char kRow[] = "SELECT * from %s WHERE rowid=%d";
 inline constexpr char kVapAcl[] = "SELECT macAddress FROM dot11ACL WHERE vapName='%q' ORDER BY rowid";
 inline constexpr char kInterfaces[] = "SELECT interfaceName, vapName FROM dot11Interface";
