@@ -145,7 +145,9 @@ int act(const char* dbFile, const Actor& a) {
 // Runs one actor into the copy and notes the entries it changed.  An edit
 // keeps the lines it does not take in their order and appends the new ones,
 // so the lines a step took and wrote are found in one walk.
-int step(const char* dbFile, Replay& r, Actor a) {
+int step(const char* dbFile, Replay& r, Actor::Kind kind, const char* vap, const char* ifname, int number) {
+    r.actors.push_back({kind, vap, ifname, number});
+    const Actor& a = r.actors.back();
     Lines before = *copyLines();
     int rc = act(dbFile, a);
     const Lines& after = *copyLines();
@@ -156,8 +158,7 @@ int step(const char* dbFile, Replay& r, Actor a) {
         else taken.push_back(std::move(line));
     }
     for (const KeyLines& d : differences(taken, Lines(after.begin() + static_cast<std::ptrdiff_t>(j), after.end())))
-        noteChanges(d, static_cast<int>(r.actors.size()), r.writes);
-    r.actors.push_back(std::move(a));
+        noteChanges(d, static_cast<int>(r.actors.size()) - 1, r.writes);
     return rc;
 }
 
@@ -239,8 +240,8 @@ int aclInStep(const Actor& a, const std::vector<KeyLines>& changed) {
     return status;
 }
 
-constexpr const char* kActorNames[] = {"radio ", "VAP instance ", "WDS", "multicast to unicast",
-                                       "country", "WPS row ", "RADIUS", "access list of "};
+constexpr const char* kActorNames[] = {"the radio of ", "VAP instance ", "WDS", "multicast to unicast",
+                                       "the country", "WPS", "RADIUS", "the access list of "};
 
 }  // namespace
 
@@ -279,7 +280,7 @@ bool replay(const char* dbFile, Replay& r) {
         const char* ifname = nullptr;
         if (!no) continue;
         radio::radioInterface(dbFile, dbNumber(no), ifRows, ifname);
-        step(dbFile, r, {Actor::Radio, "", ifname ? ifname : "", dbNumber(no)});
+        step(dbFile, r, Actor::Radio, "", ifname ? ifname : "", dbNumber(no));
     }
     r.radioCommands = replay::take();
 
@@ -294,17 +295,17 @@ bool replay(const char* dbFile, Replay& r) {
         for (int i = 0; i < ifs.rows(); ++i) {
             const char* ifname = ifs.value(i, "interfaceName");
             const char* radioNo = ifs.value(i, "radioNo");
-            if (!ifname || !radioNo || step(dbFile, r, {Actor::Instance, name, ifname, dbNumber(radioNo)}) != 0)
+            if (!ifname || !radioNo || step(dbFile, r, Actor::Instance, name, ifname, dbNumber(radioNo)) != 0)
                 break;
         }
     }
-    step(dbFile, r, {Actor::Wds, "", "", 0});
-    step(dbFile, r, {Actor::Multicast, "", "", 0});
+    step(dbFile, r, Actor::Wds, "", "", 0);
+    step(dbFile, r, Actor::Multicast, "", "", 0);
     for (Actor::Kind kind : {Actor::Country, Actor::Wps}) {
         rows = Rows::query(wlanDbHandle, nullptr, kind == Actor::Country ? kCountryRows : kWpsRows);
-        for (int i = 0; i < rows.rows(); ++i) step(dbFile, r, {kind, "", "", dbNumber(rows.value(i, "rowid"))});
+        for (int i = 0; i < rows.rows(); ++i) step(dbFile, r, kind, "", "", dbNumber(rows.value(i, "rowid")));
     }
-    step(dbFile, r, {Actor::Radius, "", "", 0});
+    step(dbFile, r, Actor::Radius, "", "", 0);
 
     // Each VAP's access list, on its first interface.
     rows = Rows::query(wlanDbHandle, nullptr, kInterfaces);
@@ -313,7 +314,7 @@ bool replay(const char* dbFile, Replay& r) {
         const char* name = rows.value(i, "vapName");
         bool first = ifname && name && std::string(name) != "unused";
         for (const Actor& a : r.actors) first = first && !(a.kind == Actor::Acl && a.vap == name);
-        if (first) step(dbFile, r, {Actor::Acl, name, ifname, 0});
+        if (first) step(dbFile, r, Actor::Acl, name, ifname, 0);
     }
     return true;
 }
@@ -344,8 +345,7 @@ int bringInStep(const char* dbFile, const Replay& r, const std::vector<KeyLines>
             rc = act(dbFile, a);  // the daemon's keys only while it runs
         }
         if (rc != 0) {
-            std::string detail = a.kind == Actor::Wps ? std::to_string(a.number) : a.ifname;
-            logMsg(kStepFailed, kActorNames[a.kind], detail.c_str(), rc);
+            logMsg(kStepFailed, kActorNames[a.kind], a.ifname.c_str(), rc);
             status = 1;
         }
     }

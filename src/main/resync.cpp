@@ -37,8 +37,8 @@ class Connection {
 public:
     Connection(const char* dbFile, bool readOnly) {
         int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-        if (sqlite3_open_v2(dbFile, &wlanDbHandle, flags, nullptr) != SQLITE_OK) {
-            error_ = wlanDbHandle ? sqlite3_errmsg(wlanDbHandle) : "out of memory";
+        if (int rc = sqlite3_open_v2(dbFile, &wlanDbHandle, flags, nullptr)) {
+            error_ = sqlite3_errstr(rc);
             sqlite3_close(wlanDbHandle);
             wlanDbHandle = nullptr;
             return;
@@ -53,11 +53,11 @@ public:
         wlanDbHandle = nullptr;
     }
     // SQLite's message when it could not be opened, else null.
-    const char* error() const { return wlanDbHandle ? nullptr : error_.c_str(); }
+    const char* error() const { return wlanDbHandle ? nullptr : error_; }
 
 private:
     BusyHandlerRecord record_{{}, 100, 100};
-    std::string error_;
+    const char* error_ = nullptr;
 };
 
 // Why nothing could be told: on standard error for --check, one record for
