@@ -73,12 +73,11 @@ const Lines* copyLines() {
     return cfg::held(&disk);
 }
 
-// Runs a handler on one row of table, as the dispatcher hands it over.
-int onRow(const char* dbFile, TableHandler handler, const char* table, int opType, int rowId) {
+// Runs a handler that reads no prior row on one row of table, as the
+// dispatcher hands it over.
+int onRow(const char* dbFile, TableHandler handler, const char* table, int rowId) {
     Rows row = Rows::query(wlanDbHandle, nullptr, sqlFormat(kRow, table, rowId).get());
-    if (row.empty()) return -1;
-    std::vector<char*> noPrior(2 * static_cast<size_t>(row.cols()) + 1, nullptr);
-    return handler(dbFile, opType, rowId, row.table(), row.cols(), row.rows(), noPrior.data());
+    return row.empty() ? -1 : handler(dbFile, OP_UPDATE, rowId, row.table(), row.cols(), row.rows(), nullptr);
 }
 
 bool validVap(const std::string& ifname) {
@@ -118,9 +117,9 @@ int act(const char* dbFile, const Actor& a) {
     case Actor::Multicast:
         return multicastEnableDisable(dbFile, OP_UPDATE, 0, nullptr, 0, 0, nullptr);
     case Actor::Country:
-        return onRow(dbFile, dot11GlobalConfigTblHandler, "dot11GlobalConfig", OP_UPDATE, a.number);
+        return onRow(dbFile, dot11GlobalConfigTblHandler, "dot11GlobalConfig", a.number);
     case Actor::Wps:
-        return onRow(dbFile, dot11WPSTblHandler, "dot11WPS", OP_UPDATE, a.number);
+        return onRow(dbFile, dot11WPSTblHandler, "dot11WPS", a.number);
     case Actor::Radius:
         return radiusClientHandler(dbFile, OP_UPDATE, 0, nullptr, 0, 0, nullptr);
     case Actor::Acl:

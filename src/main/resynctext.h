@@ -21,14 +21,7 @@ inline constexpr char kDatabaseOnly[] = "%s: in the database only\n";
 // Standard error of --check: the record --resync would log, so prefixed.
 inline constexpr char kErrorPrefix[] = "wlanSyncTool: ";
 
-// The tables the replay reads; without one of them it cannot tell.
-inline constexpr const char* kNeededTables[] = {
-    "dot11VAP",  "dot11Profile",   "dot11Interface", "dot11Radio",        "dot11Radio11n",
-    "dot11Card", "dot11ACL",       "dot11WPS",       "dot11GlobalConfig", "dot11WDSPeers",
-    "MulToUni",  "radiusClient",   "ipAddressTable", "vlan",              "vlanPortMgmt"};
-
 // Statements.
-inline constexpr char kTables[] = "SELECT name FROM sqlite_master WHERE type='table'";
 inline constexpr char kBegin[] = "BEGIN";  // one snapshot for the whole replay
 inline constexpr char kEnd[] = "COMMIT";
 inline constexpr char kVaps[] = "SELECT vapName, vapEnabled FROM dot11VAP";
@@ -43,10 +36,10 @@ inline constexpr char kInterfaces[] = "SELECT interfaceName, vapName FROM dot11I
 inline constexpr char kAclKey[] = "AccessControlList";
 
 // Records of --resync (standard error of --check): nothing was written.
+// The database: SQLite's message ("no such table: dot11WPS" for a table the
+// replay reads).
 inline constexpr LogMsg kNoDatabase{kLogError, "resync", 101,
                                     "Cannot read database %s: %s: nothing written.\n"};
-inline constexpr LogMsg kNoTable{kLogError, "resync", 102,
-                                 "Table %s missing in %s: nothing written.\n"};
 inline constexpr LogMsg kNoFile{kLogError, "resync", 103, "Cannot read %s: nothing written.\n"};
 inline constexpr LogMsg kNoLock{kLogError, "resync", 104, "Cannot lock %s: nothing written.\n"};
 // The file was written; bringing the driver in step failed at one step.

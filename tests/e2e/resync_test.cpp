@@ -87,14 +87,15 @@ TEST(Resync, CannotTellSaysWhyAndWritesNothing) {
     // {what breaks, the reason given}
     for (const auto& [breakIt, why] : std::vector<std::pair<std::function<void(kit::Sandbox&)>, std::string>>{
              {[](kit::Sandbox& b) { std::remove(b.db().c_str()); }, "Cannot read database "},
-             {[](kit::Sandbox& b) { b.sql("DROP TABLE dot11WPS;"); }, "Table dot11WPS missing in "},
+             {[](kit::Sandbox& b) { b.sql("DROP TABLE dot11WPS;"); }, ": no such table: dot11WPS: nothing written"},
              {[](kit::Sandbox& b) { std::remove(b.cfgPath().c_str()); mkdir(b.cfgPath().c_str(), 0755); },
               "Cannot read /tmp/"}}) {
         kit::Sandbox box(kit::accessPointSeed());
         breakIt(box);
         kit::Run check = box.tool({"--check", box.db()});
         EXPECT_EQ(std::tuple(check.status, check.output), std::tuple(2, "")) << why;
-        EXPECT_EQ(check.errors.rfind("wlanSyncTool: " + why, 0), 0u) << check.errors;
+        EXPECT_EQ(check.errors.rfind("wlanSyncTool: Cannot read ", 0), 0u) << check.errors;
+        EXPECT_NE(check.errors.find(why), std::string::npos) << check.errors;
         EXPECT_EQ(box.log(), "");
         kit::Run resync = box.tool({"--resync", box.db()});
         EXPECT_EQ(std::tuple(resync.status, resync.output), std::tuple(2, "")) << why;
