@@ -122,21 +122,27 @@ int act(const char* dbFile, const Actor& a) {
         return onRow(dbFile, dot11WPSTblHandler, "dot11WPS", a.number);
     case Actor::Radius:
         return radiusClientHandler(dbFile, OP_UPDATE, 0, nullptr, 0, 0, nullptr);
-    case Actor::Acl:
+    case Actor::Acl: {
         // Written whole: each line the handler edits keeps its key part,
-        // then every address is added as an inserted row adds it, in rowid
-        // order, on the interface the handler finds (the VAP's first).
-        if (validVap(a.ifname)) {
-            Lines taken;
-            cfg::takeLines({(kAclKey + a.ifname.substr(3)).c_str()}, &taken);
-            for (const std::string& line : taken) {
-                size_t eq = line.find('=');
-                cfg::appendLine(eq == std::string::npos ? line : line.substr(0, eq + 1));
-            }
+        // then gets the addresses, in rowid order, by the edit an inserted
+        // row makes on the interface the handler finds (the VAP's first):
+        // all at once, as an address already there or empty adds nothing.
+        if (!validVap(a.ifname)) return 0;
+        Lines taken;
+        cfg::takeLines({(kAclKey + a.ifname.substr(3)).c_str()}, &taken);
+        for (const std::string& line : taken) {
+            size_t eq = line.find('=');
+            cfg::appendLine(eq == std::string::npos ? line : line.substr(0, eq + 1));
         }
         rows = Rows::query(wlanDbHandle, nullptr, sqlFormat(kVapAcl, a.vap.c_str()).get());
-        for (int r = 0; r < rows.rows(); ++r) dot11AclAddMac(a.ifname.c_str(), rows.value(r, "macAddress"));
+        std::string list = "=";
+        for (int r = 0; r < rows.rows(); ++r) {
+            const char* mac = rows.value(r, "macAddress");
+            if (mac && *mac && !cfg::findEntry(list, mac).found) list += (list.size() > 1 ? ";" : "") + std::string(mac);
+        }
+        if (list.size() > 1) update_cfg_file(a.ifname.c_str(), kAclKey, -1, list.c_str() + 1);
         return 0;
+    }
     }
     return 0;
 }
