@@ -11,6 +11,7 @@
 #include "cfgfile/cfgfile.h"
 #include "cfgfile/cfgtext.h"
 #include "platform/platform.h"
+#include "platform/replay.h"
 #include "platform/trace.h"
 
 namespace wlan::cfg {
@@ -212,7 +213,8 @@ bool listWithEntry(const char* listKey, const std::string& entry) {
 }
 
 bool commit() {
-    if (copy.state != Copy::Read || !copy.edited) return copy.state != Copy::Unreadable;
+    // A replay keeps its edits in memory.
+    if (copy.state != Copy::Read || !copy.edited || replay::holding()) return copy.state != Copy::Unreadable;
     std::string bytes = text();
     // The same bytes: nothing to write, rename or sync.
     if (bytes == copy.onDisk) {
@@ -230,6 +232,8 @@ bool commit() {
     copy.edited = false;
     return true;
 }
+
+const Lines* held() { return load() ? &copy.lines : nullptr; }
 
 void discard() {
     copy = Copy{};

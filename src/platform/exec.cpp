@@ -13,6 +13,7 @@
 #include "platform/log.h"
 #include "platform/platform.h"
 #include "platform/platformtext.h"
+#include "platform/replay.h"
 #include "platform/signals.h"
 #include "platform/trace.h"
 #include "platform/wext.h"
@@ -132,6 +133,7 @@ int runBounded(const char* const argv[], const sigset_t& callerMask) {
 
 extern "C" int adpCmdExec(const char* const argv[]) {
     if (!argv || !argv[0]) return 127;
+    if (wlan::replay::skip(argv)) return 0;  // a replay: recorded, counts as succeeded
     // The driver asked, or the daemon stopped, directly: no process.
     if (int rc; wlan::wext::run(argv, rc) || wlan::stopByName(argv, rc)) return rc;
     if (listed(hung, argv[0])) return kTimedOut;

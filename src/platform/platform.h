@@ -84,6 +84,11 @@ const char* databaseFault();
 // status killall's status.  False: the program must run.
 bool stopByName(const char* const argv[], int& status);
 
+// The running processes killall would match by name (the kernel keeps 15
+// characters of it; zombies have stopped): at most max of them into pids,
+// returns how many.
+int processesNamed(const char* name, int* pids, int max);
+
 // Gives SQLite an allocator for a short process (src/platform/sqlmem.cpp);
 // before SQLite is first used.
 void useShortLivedMemory();

@@ -6,6 +6,7 @@
 
 #include "platform/platform.h"
 #include "platform/platformtext.h"
+#include "platform/replay.h"
 #include "platform/trace.h"
 
 namespace {
@@ -92,7 +93,9 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     sqlite3* db = handle;
     if (!db) {
         if (!dbFile) return nullptr;
-        db = isSharedFile(dbFile) ? shared.db : fileConnection.get(dbFile);
+        // A replay reads the database it was given, whatever file a handler names.
+        bool shareIt = isSharedFile(dbFile) || (shared.db && wlan::replay::holding());
+        db = shareIt ? shared.db : fileConnection.get(dbFile);
         if (!db) return nullptr;
     }
     char** table = nullptr;
@@ -100,9 +103,10 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     int rows = 0, cols = 0;
     int rc = sqlite3_get_table(db, statement, &table, &rows, &cols, &error);
     wlan::trace::statement(statement, rows, rc == SQLITE_OK ? nullptr : error ? error : "");
-    if (rc != SQLITE_OK) wlan::noteDatabase(dbFile ? dbFile : sqlite3_db_filename(db, "main"), rc, error);
-    sqlite3_free(error);
     if (rc != SQLITE_OK) {
+        wlan::noteDatabase(dbFile ? dbFile : sqlite3_db_filename(db, "main"), rc, error);
+        wlan::replay::queryFailed(rc, error);
+        sqlite3_free(error);
         sqlite3_free_table(table);
         return nullptr;
     }

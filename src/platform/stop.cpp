@@ -23,7 +23,7 @@ constexpr int kKillLooks = 100;      // 1 s more after SIGKILL
 constexpr size_t kCommLength = 15;   // the kernel keeps this much of a process's name
 constexpr int kMaxPids = 64;
 
-pid_t pids[kMaxPids];
+int pids[kMaxPids];
 int count;
 
 // Whether process pid runs (a zombie has stopped: its parent reaps it) and,
@@ -63,17 +63,22 @@ void waitGone(int looks) {
 
 namespace wlan {
 
-bool stopByName(const char* const argv[], int& status) {
-    if (std::strcmp(argv[0], "killall") != 0 || !argv[1] || argv[2] || !wext::direct()) return false;
-    count = 0;
+int processesNamed(const char* name, int* found, int max) {
+    int n = 0;
     if (DIR* proc = opendir("/proc")) {
-        // The tool itself is never named as a daemon it stops.
+        // The tool itself is never named as a daemon it looks for.
         while (dirent* entry = readdir(proc)) {
             pid_t pid = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-            if (pid > 0 && count < kMaxPids && runs(pid, argv[1])) pids[count++] = pid;
+            if (pid > 0 && n < max && runs(pid, name)) found[n++] = pid;
         }
         closedir(proc);
     }
+    return n;
+}
+
+bool stopByName(const char* const argv[], int& status) {
+    if (std::strcmp(argv[0], "killall") != 0 || !argv[1] || argv[2] || !wext::direct()) return false;
+    count = processesNamed(argv[1], pids, kMaxPids);
     status = count == 0;  // killall's: 1 when it found none
     for (int i = 0; i < count; ++i) kill(pids[i], SIGTERM);
     waitGone(kTermLooks);
