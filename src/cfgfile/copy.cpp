@@ -9,6 +9,7 @@
 #include "cfgfile/cfgfile.h"
 #include "cfgfile/cfgtext.h"
 #include "platform/platform.h"
+#include "platform/replay.h"
 #include "platform/trace.h"
 
 namespace wlan::cfg {
@@ -162,7 +163,8 @@ bool listWithEntry(const char* listKey, const std::string& entry) {
 }
 
 bool commit() {
-    if (copy.state != Copy::Read || !copy.edited) return copy.state != Copy::Unreadable;
+    // A replay keeps its edits in memory.
+    if (copy.state != Copy::Read || !copy.edited || replay::holding()) return copy.state != Copy::Unreadable;
     std::string bytes = text();
     // The same bytes: nothing to write, rename or sync.
     if (bytes == copy.onDisk) {
@@ -179,6 +181,12 @@ bool commit() {
     copy.onDisk = std::move(bytes);
     copy.edited = false;
     return true;
+}
+
+const Lines* held(const std::string** onDisk) {
+    if (!load()) return nullptr;
+    *onDisk = &copy.onDisk;
+    return &copy.lines;
 }
 
 void discard() {

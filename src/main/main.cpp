@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "main/dispatch.h"
+#include "main/resync.h"
 #include "platform/log.h"
 #include "platform/platform.h"
 #include "platform/sandbox.h"
@@ -29,6 +30,7 @@ extern "C" int main(int argc, char** argv) {
         std::printf("Illegal invocation of wlanSyncTool (%s)", base);
         return -1;
     }
+    if (int status; wlan::resync::invoked(argc, argv, status)) return status;
     if (argc < 5) {
         std::printf("Usage:%s <DBFile> <opType> <tblName> <rowId>\n", path);
         return -1;

@@ -12,6 +12,7 @@
 
 #include "platform/log.h"
 #include "platform/platform.h"
+#include "platform/replay.h"
 #include "platform/signals.h"
 #include "platform/trace.h"
 #include "platform/wext.h"
@@ -129,6 +130,7 @@ int runBounded(const char* const argv[], const sigset_t& callerMask) {
 
 extern "C" int adpCmdExec(const char* const argv[]) {
     if (!argv || !argv[0]) return 127;
+    if (wlan::replay::skip(argv)) return 0;  // a replay: recorded, counts as succeeded
     if (int rc; wlan::wext::run(argv, rc)) return rc;  // the driver asked directly: no process
     if (isHung(argv[0])) return kTimedOut;
     // Stop signals get in only while the program is waited for, so their

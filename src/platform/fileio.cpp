@@ -1,7 +1,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "platform/platform.h"
+#include "platform/replay.h"
 
 extern "C" {
 
@@ -18,6 +21,10 @@ int adpFileClose(FILE* file) {
 }
 
 int adpIoctl(int fd, unsigned long request, void* arg) {
+    if (wlan::replay::recording()) {  // a replay reads nothing from the kernel
+        errno = ENODEV;
+        return -1;
+    }
     return ioctl(fd, request, arg);
 }
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "platform/platform.h"
+#include "platform/replay.h"
 #include "platform/sandbox.h"
 
 namespace {
@@ -36,6 +37,7 @@ std::string oneLine(const std::string& message) {
 }
 
 int vlog(int category, const char* function, int line, const char* format, va_list args) {
+    if (wlan::replay::recording()) return 0;  // a replay logs nothing
     std::string message = oneLine(vformat(format, args));
     if (*wlan::sandboxRoot() == '\0') {
         static bool opened = false;

@@ -4,6 +4,7 @@
 #include <time.h>
 
 #include "platform/platform.h"
+#include "platform/replay.h"
 #include "platform/trace.h"
 
 namespace {
@@ -86,7 +87,9 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     sqlite3* db = handle;
     if (!db) {
         if (!dbFile) return nullptr;
-        db = isSharedFile(dbFile) ? shared.db : fileConnection.get(dbFile);
+        // A replay reads the database it was given, whatever file a handler names.
+        bool shareIt = isSharedFile(dbFile) || (shared.db && wlan::replay::holding());
+        db = shareIt ? shared.db : fileConnection.get(dbFile);
         if (!db) return nullptr;
     }
     char** table = nullptr;
@@ -96,6 +99,7 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     wlan::trace::statement(statement, rows, rc == SQLITE_OK ? nullptr : error ? error : "");
     sqlite3_free(error);
     if (rc != SQLITE_OK) {
+        wlan::replay::queryFailed(rc);
         sqlite3_free_table(table);
         return nullptr;
     }

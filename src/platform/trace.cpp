@@ -17,7 +17,7 @@ namespace {
 // The trace's words, all in one place.
 constexpr char kVariable[] = "WLANSYNC_TRACE";
 constexpr char kPrefix[] = "trace: ";
-constexpr char kMask[] = "***";
+constexpr const char* kMask = kMasked;
 constexpr char kSql[] = "sql ";
 constexpr char kRun[] = "run";
 constexpr char kFile[] = "file ";
@@ -68,8 +68,8 @@ void appendChar(std::string& out, char c) {
 // A word of a trace line, in quotes when it is empty or holds a blank, a
 // quote, a backslash or a control character, so that one can tell where
 // each word ends.
-void appendWord(std::string& out, std::string_view word, bool quote = true) {
-    bool plain = !word.empty();
+void appendWord(std::string& out, std::string_view word, bool quote = true, bool always = false) {
+    bool plain = !always && !word.empty();
     for (char c : word)
         if (c == ' ' || c == '"' || c == '\\' || std::iscntrl(static_cast<unsigned char>(c)))
             plain = false;
@@ -143,6 +143,14 @@ int traceWrite(unsigned type, void*, void* stmt, void*) {
 }
 
 }  // namespace
+
+bool secret(std::string_view key) { return secretKey(key); }
+
+std::string quoted(std::string_view word) {
+    std::string out;
+    appendWord(out, word, true, true);
+    return out;
+}
 
 bool on() {
     static const bool enabled = [] {

@@ -7,10 +7,18 @@
 
 #include <sqlite3.h>
 #include <string>
+#include <string_view>
 
 namespace wlan::trace {
 
 bool on();
+
+// The trace's own rules, for other output that shows file lines: whether a
+// key part names a secret (its value is then shown as ***), and a word in
+// double quotes with C escapes.
+bool secret(std::string_view key);
+std::string quoted(std::string_view word);
+inline constexpr char kMasked[] = "***";
 
 // A query and its row count; error is SQLite's message when it failed.
 void statement(const char* text, int rows, const char* error);

@@ -1,0 +1,49 @@
+#include "platform/replay.h"
+
+#include <sqlite3.h>
+
+namespace wlan::replay {
+
+namespace {
+
+Mode current = Mode::Off;
+std::vector<std::string> recorded, muted;
+int failed = 0;
+
+std::string joined(const char* const argv[]) {
+    std::string text = argv[0];
+    for (const char* const* arg = argv + 1; *arg; ++arg) (text += '\t') += *arg;
+    return text;
+}
+
+}  // namespace
+
+void set(Mode mode) { current = mode; }
+bool recording() { return current == Mode::Record; }
+bool holding() { return current != Mode::Off; }
+
+bool skip(const char* const argv[]) {
+    if (current == Mode::Off) return false;
+    std::string command = joined(argv);
+    if (current == Mode::Record) {
+        recorded.push_back(std::move(command));
+        return true;
+    }
+    for (const std::string& m : muted)
+        if (m == command) return true;
+    return false;
+}
+
+std::vector<std::string> take() {
+    std::vector<std::string> out;
+    out.swap(recorded);
+    return out;
+}
+void mute(std::vector<std::string> commands) { muted = std::move(commands); }
+
+void queryFailed(int rc) {
+    if (current == Mode::Record && (rc & 0xff) != SQLITE_ERROR && !failed) failed = rc;
+}
+int unreadable() { return failed; }
+
+}  // namespace wlan::replay
