@@ -1,6 +1,8 @@
 #!/bin/sh
 # Benchmark on the simulated access point: a VAP start, a channel change and
-# an ACL insert.  For each: wall time (median of RUNS, default 7), the
+# an ACL insert; then --check and --resync of a full configuration (4 VAPs on
+# one radio, 64 ACL entries, 4 WDS peers, 2 RADIUS servers) whose file has
+# one hand edit, and --resync once it is in step.  For each: wall time (median of RUNS, default 7), the
 # instructions the tool itself executes (callgrind, the programs it starts
 # not traced), its own CPU time (median) and peak RSS, and the processes it
 # starts, by kind.  Then the stripped size of the tool.  It prints figures; it
@@ -131,6 +133,22 @@ measure "VAP start" "next_psk" '"$db" 23 dot11VAP 1 vapName vapEnabled ap1 1'
 measure "same again" ":" '"$db" 23 dot11VAP 1 vapName vapEnabled ap1 1'
 measure "channel change" "next_channel" '"$db" 23 dot11Radio 1 $radio_prior'
 measure "ACL insert" "next_acl" '"$db" 18 dot11ACL $acl'
+
+# The full configuration: every VAP started by the framework, the rest
+# written straight into the database, then the file brought in step.
+sh "$top/sim/ap" apply "$R" "UPDATE dot11VAP SET vapEnabled=1" > /dev/null
+sqlite3 "$db" "DELETE FROM dot11ACL; UPDATE dot11Radio SET wdsEnabled=1;
+    INSERT INTO radiusClient VALUES ('192.168.1.6', '1812', 'second-secret');
+    WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 64)
+      INSERT INTO dot11ACL SELECT 'ap' || (1 + i % 4), printf('02:00:00:01:00:%02X', i) FROM n;
+    WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 4)
+      INSERT INTO dot11WDSPeers SELECT 1, printf('02:00:00:02:00:%02X', i), i, 'CCMP', 'wds key' FROM n"
+ap "$tool" --resync "$db" > /dev/null
+cfg=$R/etc/Wireless/RT2860AP/RT2860AP.dat
+drift() { sed -i "s/^SSID2=.*/SSID2=drift/" "$cfg"; }
+measure "resync (full)" "drift" '--resync "$db"'
+measure "check (full)" ":" '--check "$db"'
+measure "resync in step" ":" '--resync "$db"'
 stripped=$(mktemp)
 trap 'rm -f "$stripped"; sh "$top/sim/ap" destroy "$R"' EXIT
 strip -o "$stripped" "$tool"

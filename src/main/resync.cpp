@@ -7,7 +7,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <strings.h>
 
 #include "main/dispatch.h"
 #include "main/resync.h"
@@ -37,8 +36,8 @@ class Connection {
 public:
     Connection(const char* dbFile, bool readOnly) {
         int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-        if (sqlite3_open_v2(dbFile, &wlanDbHandle, flags, nullptr) != SQLITE_OK) {
-            error_ = wlanDbHandle ? sqlite3_errmsg(wlanDbHandle) : "out of memory";
+        if (int rc = sqlite3_open_v2(dbFile, &wlanDbHandle, flags, nullptr)) {
+            error_ = sqlite3_errstr(rc);
             sqlite3_close(wlanDbHandle);
             wlanDbHandle = nullptr;
             return;
@@ -53,11 +52,11 @@ public:
         wlanDbHandle = nullptr;
     }
     // SQLite's message when it could not be opened, else null.
-    const char* error() const { return wlanDbHandle ? nullptr : error_.c_str(); }
+    const char* error() const { return wlanDbHandle ? nullptr : error_; }
 
 private:
     BusyHandlerRecord record_{{}, 100, 100};
-    std::string error_;
+    const char* error_ = nullptr;
 };
 
 // Why nothing could be told: on standard error for --check, one record for
@@ -76,19 +75,6 @@ int cannotTell(bool check, LogMsg msg, ...) {
     }
     va_end(args);
     return kCannotTell;
-}
-
-// A table the replay reads that the database lacks, or null.
-const char* missingTable(const Rows& tables) {
-    for (const char* needed : kNeededTables) {
-        bool found = false;
-        for (int r = 0; r < tables.rows() && !found; ++r) {
-            const char* name = tables.value(r, "name");
-            found = name && strcasecmp(name, needed) == 0;
-        }
-        if (!found) return needed;
-    }
-    return nullptr;
 }
 
 // The file's lines as the copy holds them (a CR before the line end is the
@@ -129,17 +115,13 @@ int run(const char* dbFile, bool check) {
         return cannotTell(check, kNoLock, rootPath(kLockFile).c_str());
     Connection connection(dbFile, check);
     if (connection.error()) return cannotTell(check, kNoDatabase, dbFile, connection.error());
-    Rows tables = Rows::query(wlanDbHandle, nullptr, kTables);
-    if (tables.failed()) return cannotTell(check, kNoDatabase, dbFile, sqlite3_errmsg(wlanDbHandle));
-    if (const char* table = missingTable(tables)) return cannotTell(check, kNoTable, table, dbFile);
-
     sqlite3_exec(wlanDbHandle, kBegin, nullptr, nullptr, nullptr);
     replay::set(replay::Mode::Record);
     Replay r;
     bool readable = replay(dbFile, r);
     replay::set(replay::Mode::Off);
     sqlite3_exec(wlanDbHandle, kEnd, nullptr, nullptr, nullptr);
-    if (int rc = replay::unreadable()) return cannotTell(check, kNoDatabase, dbFile, sqlite3_errstr(rc));
+    if (const char* why = replay::unreadable()) return cannotTell(check, kNoDatabase, dbFile, why);
     const std::string* onDisk = nullptr;
     const cfg::Lines* lines = readable ? cfg::held(&onDisk) : nullptr;
     if (!lines) return cannotTell(check, kNoFile, cfg::cfgPath().c_str());

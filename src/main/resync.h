@@ -15,12 +15,13 @@ namespace wlan::resync {
 bool invoked(int argc, char** argv, int& status);
 
 // One key whose lines differ between two files (as multisets): its lines on
-// each side, each side sorted.
+// each side, in file order.  Keys in the order their differing lines stand,
+// before's first.
 struct KeyLines {
     std::string key;  // the key part without its '='
     cfg::Lines before, after;
 };
-std::vector<KeyLines> differences(cfg::Lines before, cfg::Lines after);
+std::vector<KeyLines> differences(const cfg::Lines& before, const cfg::Lines& after);
 
 // Who writes a line in the replay, and so who brings the driver in step
 // with it: each step of the replay is one actor.

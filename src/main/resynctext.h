@@ -21,31 +21,25 @@ inline constexpr char kDatabaseOnly[] = "%s: in the database only\n";
 // Standard error of --check: the record --resync would log, so prefixed.
 inline constexpr char kErrorPrefix[] = "wlanSyncTool: ";
 
-// The tables the replay reads; without one of them it cannot tell.
-inline constexpr const char* kNeededTables[] = {
-    "dot11VAP",  "dot11Profile",   "dot11Interface", "dot11Radio",        "dot11Radio11n",
-    "dot11Card", "dot11ACL",       "dot11WPS",       "dot11GlobalConfig", "dot11WDSPeers",
-    "MulToUni",  "radiusClient",   "ipAddressTable", "vlan",              "vlanPortMgmt"};
-
 // Statements.
-inline constexpr char kTables[] = "SELECT name FROM sqlite_master WHERE type='table'";
 inline constexpr char kBegin[] = "BEGIN";  // one snapshot for the whole replay
 inline constexpr char kEnd[] = "COMMIT";
 inline constexpr char kVaps[] = "SELECT vapName, vapEnabled FROM dot11VAP";
 inline constexpr char kRadios[] = "SELECT radioNo, wdsEnabled FROM dot11Radio";
-inline constexpr char kRowIds[] = "SELECT rowid FROM %s ORDER BY rowid";
+inline constexpr char kCountryRows[] = "SELECT rowid FROM dot11GlobalConfig ORDER BY rowid";
+inline constexpr char kWpsRows[] = "SELECT rowid FROM dot11WPS ORDER BY rowid";
 inline constexpr char kRow[] = "SELECT * from %s WHERE rowid=%d";
-inline constexpr char kVapAcl[] = "SELECT rowid FROM dot11ACL WHERE vapName='%q' ORDER BY rowid";
+inline constexpr char kVapAcl[] = "SELECT macAddress FROM dot11ACL WHERE vapName='%q' ORDER BY rowid";
 inline constexpr char kInterfaces[] = "SELECT interfaceName, vapName FROM dot11Interface";
 
 // The access-control list's key, numbered by the VAP's digit.
 inline constexpr char kAclKey[] = "AccessControlList";
 
 // Records of --resync (standard error of --check): nothing was written.
+// The database: SQLite's message ("no such table: dot11WPS" for a table the
+// replay reads).
 inline constexpr LogMsg kNoDatabase{kLogError, "resync", 101,
                                     "Cannot read database %s: %s: nothing written.\n"};
-inline constexpr LogMsg kNoTable{kLogError, "resync", 102,
-                                 "Table %s missing in %s: nothing written.\n"};
 inline constexpr LogMsg kNoFile{kLogError, "resync", 103, "Cannot read %s: nothing written.\n"};
 inline constexpr LogMsg kNoLock{kLogError, "resync", 104, "Cannot lock %s: nothing written.\n"};
 // The file was written; bringing the driver in step failed at one step.

@@ -97,9 +97,9 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     int rows = 0, cols = 0;
     int rc = sqlite3_get_table(db, statement, &table, &rows, &cols, &error);
     wlan::trace::statement(statement, rows, rc == SQLITE_OK ? nullptr : error ? error : "");
+    if (rc != SQLITE_OK) wlan::replay::queryFailed(rc, error);
     sqlite3_free(error);
     if (rc != SQLITE_OK) {
-        wlan::replay::queryFailed(rc);
         sqlite3_free_table(table);
         return nullptr;
     }

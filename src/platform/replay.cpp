@@ -1,5 +1,6 @@
 #include "platform/replay.h"
 
+#include <cstring>
 #include <sqlite3.h>
 
 namespace wlan::replay {
@@ -8,7 +9,7 @@ namespace {
 
 Mode current = Mode::Off;
 std::vector<std::string> recorded, muted;
-int failed = 0;
+std::string failed;
 
 std::string joined(const char* const argv[]) {
     std::string text = argv[0];
@@ -41,9 +42,11 @@ std::vector<std::string> take() {
 }
 void mute(std::vector<std::string> commands) { muted = std::move(commands); }
 
-void queryFailed(int rc) {
-    if (current == Mode::Record && (rc & 0xff) != SQLITE_ERROR && !failed) failed = rc;
+void queryFailed(int rc, const char* message) {
+    bool noTable = message && std::strncmp(message, "no such table", 13) == 0;
+    if (current == Mode::Record && failed.empty() && ((rc & 0xff) != SQLITE_ERROR || noTable))
+        failed = message && *message ? message : sqlite3_errstr(rc);
 }
-int unreadable() { return failed; }
+const char* unreadable() { return failed.empty() ? nullptr : failed.c_str(); }
 
 }  // namespace wlan::replay

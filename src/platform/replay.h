@@ -31,11 +31,12 @@ bool skip(const char* const argv[]);
 std::vector<std::string> take();
 void mute(std::vector<std::string> commands);
 
-// A statement failed with SQLite's result code rc: anything but an SQL
-// error (a missing table or column, silent as on the device) means the
-// database could not be read, and the replay cannot tell.
-void queryFailed(int rc);
-// The first such code, or 0.
-int unreadable();
+// A statement failed with SQLite's result code rc and message: the database
+// could not be read, or a table the replay reads is missing, and the replay
+// cannot tell.  Other SQL errors (a missing column) stay silent, as on the
+// device.
+void queryFailed(int rc, const char* message);
+// The first such failure's message, or null.
+const char* unreadable();
 
 }  // namespace wlan::replay

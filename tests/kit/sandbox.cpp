@@ -74,10 +74,11 @@ std::string Sandbox::sql(const std::string& statements) const {
     return first;
 }
 
-void Sandbox::interfaces(const std::vector<std::pair<std::string, std::string>>& taps) {
+void Sandbox::interfaces(const std::vector<std::pair<std::string, std::string>>& taps, bool up) {
     tapScript_.clear();
     for (const auto& [name, mac] : taps)
-        tapScript_ += "ip tuntap add dev " + name + " mode tap && ip link set " + name + " address " + mac + " && ";
+        tapScript_ += "ip tuntap add dev " + name + " mode tap && ip link set " + name + " address " + mac +
+                      (up ? " up && " : " && ");
 }
 
 void Sandbox::failOn(const std::string& pattern) const {

@@ -50,8 +50,9 @@ public:
     static Run finish(Started run);  // waits for it
 
     // From now on the tool runs in a private network namespace holding tap
-    // devices with these names and MAC addresses, so that it reads real ones.
-    void interfaces(const std::vector<std::pair<std::string, std::string>>& taps);
+    // devices with these names and MAC addresses, so that it reads real ones
+    // (brought up when up: the driver running on them).
+    void interfaces(const std::vector<std::pair<std::string, std::string>>& taps, bool up = false);
 
     // Runs SQL statements; returns the first value of the first row they give ("" if none).
     std::string sql(const std::string& statements) const;
