@@ -189,7 +189,8 @@ Check check(const kit::Sandbox& box) {
 std::string cfg(const kit::Sandbox& box) { return kit::readFile(box.cfgPath()); }
 
 // A change: its statement, and what it is for the drift table: "<op> <table>",
-// "update <table>.<column>", and "start" when it started a VAP instance.
+// "update <table>.<column>", "<op> <table> idle" when its run sent and wrote
+// nothing, and "start" when it started a VAP instance.
 struct Step {
     std::string sql;
     Strings events;
@@ -317,6 +318,8 @@ void sequence(unsigned seed) {
         Step step = kMakers[order[i]].second(gen);
         std::string report = framework(a, step.sql);
         if (report.find("Starting VAP instance") != std::string::npos) step.events.push_back("start");
+        if (report.find("\n   driver:") == std::string::npos && report.find("\n   file") == std::string::npos)
+            step.events.push_back(step.events[0] + " idle");
         if (runs(report) != 1) faults.push_back("the tool ran other than once for step " + std::to_string(i + 1));
         events.insert(step.events.begin(), step.events.end());
         story += std::to_string(i + 1) + ". " + step.sql + (i == dropped ? "   <- its run dropped\n" : "\n");
