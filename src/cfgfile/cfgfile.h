@@ -58,9 +58,9 @@ bool listWithEntry(const char* listKey, const std::string& entry);
 // every edit made so far; otherwise the old file stays.
 bool commit();
 
-// The copy's lines and the file's bytes as read or last written; null
-// when the file cannot be read.
-const Lines* held(const std::string** onDisk);
+// The copy's lines (read at the first call); null when the file cannot be
+// read.
+const Lines* held();
 
 // Forgets the copy and its edits (a new sandbox, or a file written behind
 // the tool's back).

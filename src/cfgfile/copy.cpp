@@ -183,11 +183,7 @@ bool commit() {
     return true;
 }
 
-const Lines* held(const std::string** onDisk) {
-    if (!load()) return nullptr;
-    *onDisk = &copy.onDisk;
-    return &copy.lines;
-}
+const Lines* held() { return load() ? &copy.lines : nullptr; }
 
 void discard() {
     copy = Copy{};

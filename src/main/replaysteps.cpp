@@ -68,11 +68,6 @@ void noteChanges(const KeyLines& d, int actor, std::vector<Replay::Write>& out) 
     }
 }
 
-const Lines* copyLines() {
-    const std::string* disk;
-    return cfg::held(&disk);
-}
-
 // Runs a handler that reads no prior row on one row of table, as the
 // dispatcher hands it over.
 int onRow(const char* dbFile, TableHandler handler, const char* table, int rowId) {
@@ -153,9 +148,9 @@ int act(const char* dbFile, const Actor& a) {
 int step(const char* dbFile, Replay& r, Actor::Kind kind, const char* vap, const char* ifname, int number) {
     r.actors.push_back({kind, vap, ifname, number});
     const Actor& a = r.actors.back();
-    Lines before = *copyLines();
+    Lines before = *cfg::held();
     int rc = act(dbFile, a);
-    const Lines& after = *copyLines();
+    const Lines& after = *cfg::held();
     Lines taken;
     size_t j = 0;
     for (std::string& line : before) {
@@ -276,7 +271,8 @@ std::vector<KeyLines> differences(const Lines& before, const Lines& after) {
 }
 
 bool replay(const char* dbFile, Replay& r) {
-    if (!copyLines()) return false;
+    if (!cfg::held()) return false;
+    r.file = *cfg::held();  // the file's lines, as the copy reads them
     Rows rows = Rows::query(wlanDbHandle, nullptr, kRadios);
     replay::take();
     for (int row = 0; row < rows.rows(); ++row) {

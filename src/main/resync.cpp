@@ -77,20 +77,6 @@ int cannotTell(bool check, LogMsg msg, ...) {
     return kCannotTell;
 }
 
-// The file's lines as the copy holds them (a CR before the line end is the
-// line end's).
-cfg::Lines fileLines(const std::string& bytes) {
-    cfg::Lines lines;
-    for (size_t at = 0; at < bytes.size();) {
-        size_t end = bytes.find('\n', at);
-        if (end == std::string::npos) end = bytes.size();
-        size_t stop = end > at && bytes[end - 1] == '\r' ? end - 1 : end;
-        lines.push_back(bytes.substr(at, stop - at));
-        at = end + 1;
-    }
-    return lines;
-}
-
 // Each line's value in quotes, a secret's as ***.
 std::string values(const cfg::Lines& lines) {
     std::string out;
@@ -122,11 +108,10 @@ int run(const char* dbFile, bool check) {
     replay::set(replay::Mode::Off);
     sqlite3_exec(wlanDbHandle, kEnd, nullptr, nullptr, nullptr);
     if (const char* why = replay::unreadable()) return cannotTell(check, kNoDatabase, dbFile, why);
-    const std::string* onDisk = nullptr;
-    const cfg::Lines* lines = readable ? cfg::held(&onDisk) : nullptr;
+    const cfg::Lines* lines = readable ? cfg::held() : nullptr;
     if (!lines) return cannotTell(check, kNoFile, cfg::cfgPath().c_str());
 
-    std::vector<KeyLines> changed = differences(fileLines(*onDisk), *lines);
+    std::vector<KeyLines> changed = differences(r.file, *lines);
     if (check || changed.empty()) {
         for (const KeyLines& d : changed) print(d);
         return changed.empty() ? 0 : 1;

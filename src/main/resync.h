@@ -41,6 +41,7 @@ struct Replay {
     };
     std::vector<Write> writes;
     std::vector<std::string> radioCommands;  // what the radio handlers sent
+    cfg::Lines file;                         // the file before the replay
 };
 
 // Runs the replay into the copy (the platform records); false when the file

@@ -1,5 +1,6 @@
 #include "platform/replay.h"
 
+#include <cstdio>
 #include <cstring>
 #include <sqlite3.h>
 
@@ -9,7 +10,7 @@ namespace {
 
 Mode current = Mode::Off;
 std::vector<std::string> recorded, muted;
-std::string failed;
+char failed[160];  // SQLite's message, cut
 
 std::string joined(const char* const argv[]) {
     std::string text = argv[0];
@@ -44,9 +45,9 @@ void mute(std::vector<std::string> commands) { muted = std::move(commands); }
 
 void queryFailed(int rc, const char* message) {
     bool noTable = message && std::strncmp(message, "no such table", 13) == 0;
-    if (current == Mode::Record && failed.empty() && ((rc & 0xff) != SQLITE_ERROR || noTable))
-        failed = message && *message ? message : sqlite3_errstr(rc);
+    if (current == Mode::Record && !*failed && ((rc & 0xff) != SQLITE_ERROR || noTable))
+        std::snprintf(failed, sizeof failed, "%s", message && *message ? message : sqlite3_errstr(rc));
 }
-const char* unreadable() { return failed.empty() ? nullptr : failed.c_str(); }
+const char* unreadable() { return *failed ? failed : nullptr; }
 
 }  // namespace wlan::replay

@@ -24,6 +24,11 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 }
 
 TEST(Resync, InStepWritesNothingStartsNothingLogsNothing) {
+    kit::Sandbox boot(kit::accessPointSeed());  // at boot nothing runs: only the file is written
+    EXPECT_EQ(boot.tool({"--resync", boot.db()}).status, 0);
+    EXPECT_EQ(std::tuple(boot.calls().size(), boot.log()), std::tuple(0u, ""));
+    EXPECT_EQ(boot.tool({"--check", boot.db()}).status, 0);
+
     kit::Sandbox box = inStep();
     struct stat before, after;
     stat(box.cfgPath().c_str(), &before);
@@ -81,6 +86,19 @@ TEST(Resync, HandEditsAreReportedAndRepaired) {
         EXPECT_EQ(box.tool({"--check", box.db()}).status, 0) << e.to;
         EXPECT_EQ(box.log().find("pass phrase"), std::string::npos);
     }
+}
+
+// The file is written all the same; each step that fails is one record.
+TEST(Resync, AFailedDriverStepIsLoggedAndGivesOne) {
+    kit::Sandbox box = inStep();
+    box.setCfg(replaced(box.cfg(), "SSID2=Guest", "SSID2=Cafe"));
+    box.failOn("vap1 set SSID=Guest");
+    kit::Run run = box.tool({"--resync", box.db()});
+    EXPECT_EQ(std::tuple(run.status, run.output), std::tuple(1, "SSID2: file \"Cafe\", database \"Guest\"\n"));
+    EXPECT_TRUE(box.cfgHas("SSID2=Guest"));
+    EXPECT_NE(box.log().find("[8] startStopVAPInstance:862: VAP(vap1) set ssid failed.\n"
+                             "[8] resync:105: Cannot bring VAP instance vap1 in step: status 7.\n"), std::string::npos)
+        << box.log();
 }
 
 TEST(Resync, CannotTellSaysWhyAndWritesNothing) {
