@@ -244,7 +244,12 @@ const std::pair<const char*, Step (*)(Gen&)> kMakers[] = {
      }},
     {"dot11Interface", [](Gen& g) { return g.update("dot11Interface", "vapName='ap1'|'ap2'|'ap3'|'ap4'|'unused'"); }},
     {"vlanPortMgmt", [](Gen& g) { return g.update("vlanPortMgmt", "PortType='BRIDGE'|'ACCESS'"); }},
-    {"dot11WPS", [](Gen& g) { return g.update("dot11WPS", "wpsEnabled=0|1|2"); }},
+    {"dot11WPS", [](Gen& g) {
+         std::string bare = g.box.sql("SELECT vapName FROM dot11VAP WHERE vapName NOT IN (SELECT vapName FROM dot11WPS)");
+         size_t what = bare.empty() ? g.pick(4) : 3;
+         return what == 0 ? g.remove("dot11WPS") : what == 3 && !bare.empty() ? g.insert("dot11WPS", "'" + bare + "', 1")
+                                                 : g.update("dot11WPS", "wpsEnabled=0|1|2");
+     }},
     {"dot11Radio", [](Gen& g) {
          return g.update("dot11Radio", "configuredChannel=0|1|6|11; wdsEnabled=0|1;"
                                        "opMode='ng'|'ng40+'|'ng40-'|'b and g'|'g only'|'b only'");
