@@ -246,9 +246,8 @@ const std::pair<const char*, Step (*)(Gen&)> kMakers[] = {
     {"vlanPortMgmt", [](Gen& g) { return g.update("vlanPortMgmt", "PortType='BRIDGE'|'ACCESS'"); }},
     {"dot11WPS", [](Gen& g) {
          std::string bare = g.box.sql("SELECT vapName FROM dot11VAP WHERE vapName NOT IN (SELECT vapName FROM dot11WPS)");
-         size_t what = bare.empty() ? g.pick(4) : 3;
-         return what == 0 ? g.remove("dot11WPS") : what == 3 && !bare.empty() ? g.insert("dot11WPS", "'" + bare + "', 1")
-                                                 : g.update("dot11WPS", "wpsEnabled=0|1|2");
+         return !bare.empty() ? g.insert("dot11WPS", "'" + bare + "', 1")
+              : g.pick(4)     ? g.update("dot11WPS", "wpsEnabled=0|1|2") : g.remove("dot11WPS");
      }},
     {"dot11Radio", [](Gen& g) {
          return g.update("dot11Radio", "configuredChannel=0|1|6|11; wdsEnabled=0|1;"
