@@ -35,14 +35,8 @@ std::string joined(const Strings& parts, const std::string& between = " / ") {
 // docs/drift.md: the kinds of drift by design (key patterns, the changes that
 // leave them) and of keys the replay leaves alone (key patterns, the query
 // giving the placeholders' values), and the views the queries use.
-struct Kind {
-    Strings keys, by;
-    std::string query;
-};
-struct Doc {
-    std::vector<Kind> byDesign, leftAlone;
-    std::string views;
-};
+struct Kind { Strings keys, by; std::string query; };
+struct Doc { std::vector<Kind> byDesign, leftAlone; std::string views; };
 
 const Doc& doc() {
     static const Doc d = [] {
@@ -182,10 +176,7 @@ std::string cfg(const kit::Sandbox& box) { return kit::readFile(box.cfgPath()); 
 // A change: its statement, and what it is for the drift table: "<op> <table>",
 // "update <table>.<column>", "<op> <table> idle" when its run sent and wrote
 // nothing, and "start" when it started a VAP instance.
-struct Step {
-    std::string sql;
-    Strings events;
-};
+struct Step { std::string sql; Strings events; };
 
 struct Gen {
     std::mt19937 rng;
