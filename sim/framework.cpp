@@ -5,6 +5,8 @@
 // row); an insertion has none.  SQL NULL is passed as an empty argument.
 // With WLANSYNC_ROOT set, each run is reported: exit status, driver
 // commands, configuration-file lines removed and added, and log records.
+// With --drop N the N-th run (counted from 1) is not made, as when the power
+// goes between the framework's commit and the tool's run.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -98,11 +100,19 @@ const char* opName(int op) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const char* program = argv[0];
+    long drop = 0;
+    if (argc == 6 && std::strcmp(argv[1], "--drop") == 0) {
+        drop = std::strtol(argv[2], nullptr, 10);
+        argc -= 2;
+        argv += 2;
+    }
     if (argc != 4) {
-        std::fprintf(stderr, "usage: %s <tool> <database> <SQL>\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [--drop N] <tool> <database> <SQL>\n", program);
         return 2;
     }
     std::string tool = argv[1], dbFile = argv[2];
+    long runs = 0;
     sqlite3* db = nullptr;
     if (sqlite3_open_v2(dbFile.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
         std::fprintf(stderr, "cannot open %s\n", dbFile.c_str());
@@ -135,6 +145,11 @@ int main(int argc, char** argv) {
             return 2;
         }
         for (const Change& change : changes) {
+            if (++runs == drop) {
+                std::printf("-- %s %s rowid %lld: dropped\n", opName(change.op), change.table.c_str(),
+                            static_cast<long long>(change.rowid));
+                continue;
+            }
             std::vector<std::string> words = {tool, dbFile, std::to_string(change.op), change.table,
                                               std::to_string(change.rowid)};
             if (!change.before.empty()) {
