@@ -2,7 +2,8 @@
 # Keeps README.md and docs/*.md true to the test command: sh host/docs-check.sh
 #
 # - Every code block is fenced and tagged: ```sh for commands to run,
-#   ```text for output, files and anything else shown.  An indented block
+#   ```text for output, files and anything else shown, ```sql for
+#   statements a test reads from the document (docs/drift.md's views).  An indented block
 #   (four blanks after an empty line, outside a list) is an error.
 # - Every command line of an sh block is run by a stage or listed below as
 #   not run, with the reason.  A command line is run by a stage when the same
@@ -33,6 +34,8 @@ installs into a root file system for a board :: DESTDIR=/tmp/rootfs cmake --inst
 on the device :: wlanSyncTool /tmp/system.db 23 dot11VAP 2
 on the device :: WLANSYNC_TRACE=1 wlanSyncTool /tmp/system.db 23 dot11VAP 2
 on the device :: logread | grep wlanSyncTool
+on the device (the sandbox tests and the oracle run the same options) :: wlanSyncTool --check /tmp/system.db
+on the device (the sandbox tests and the oracle run the same options) :: wlanSyncTool --resync /tmp/system.db
 example on a simulated access point; the scenario stage runs the same verbs :: sh sim/ap create /tmp/ap
 example on a simulated access point; the scenario stage runs the same verbs :: sh sim/ap apply /tmp/ap "UPDATE dot11Radio SET configuredChannel=1"
 example on a simulated access point; the scenario stage runs the same verbs :: sh sim/ap driver /tmp/ap
@@ -64,7 +67,7 @@ for doc in $docs; do
             figure()
             if (!fence) {
                 tag = $0; sub(/^ *```/, "", tag)
-                if (tag != "sh" && tag != "text") fail(NR, "a code block tagged \"" tag "\": sh for commands, text for the rest")
+                if (tag != "sh" && tag != "text" && tag != "sql") fail(NR, "a code block tagged \"" tag "\": sh for commands, sql for statements a test reads, text for the rest")
                 fence = 1; start = NR; cmd = ""
             } else {
                 if (cmd != "") fail(NR, "an sh block ending in \\")
