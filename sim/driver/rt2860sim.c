@@ -284,7 +284,7 @@ static ssize_t fail_write(struct file *file, const char __user *buf, size_t n, l
 
 	if (n > SET_MAX)
 		return -EINVAL;
-	/* On the heap: a page of text on the stack is over ARM's frame limit. */
+	/* On the heap: the text on the stack would pass ARM's 1,024-byte frame limit. */
 	text = memdup_user_nul(buf, n);
 	if (IS_ERR(text))
 		return PTR_ERR(text);
