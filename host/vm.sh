@@ -116,6 +116,8 @@ vm_skip() {
 
 vm_kernel() {
     vm_kbuild_version=""
+    [ "$vm_arch" = amd64 ] || dpkg --print-foreign-architectures | grep -qx "$vm_arch" ||
+        { vm_skip "Debian's $vm_arch architecture is not added (host/arm.sh adds it)"; return; }
     # The newest number with an image and headers whose build files (a
     # package of the host's own architecture) exist in the same version:
     # the armhf index can lag the host's by several numbers.
