@@ -22,7 +22,7 @@
 # are all whole and the unsynced writer's are not.
 #
 # VM_ARCH=armhf: the same on an ARM machine (host/vm.sh) with the ARM build
-# of the tool (host/arm.sh); UBIFS only (its check machine has no e2fsck).
+# of the tool (host/arm.sh) and, for ext4, Debian's armhf e2fsck.
 set -eu
 N=${1:-20}
 window=${POWERCUT_WINDOW:-6-30}
@@ -34,7 +34,6 @@ fss=${POWERCUT_FS:-ext4}
 . "$top/host/vm.sh"
 for fs in $fss; do
     case $fs in ext4 | ubifs) ;; *) echo "POWERCUT_FS: ext4, ubifs or both, not $fs" >&2 && exit 2 ;; esac
-    [ "$vm_arch-$fs" != armhf-ext4 ] || { echo "POWERCUT_FS: ubifs only on VM_ARCH=armhf" >&2 && exit 2; }
 done
 
 "$top/host/deps.sh"
@@ -70,7 +69,15 @@ vm_make "$build/flash"
 ird=$work/initramfs
 mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib"
 vm_strip "$build/wlanSyncTool" "$ird/bin/wlanSyncTool"
-[ "$vm_arch" != amd64 ] || cp /sbin/e2fsck "$ird/sbin/"
+if [ "$vm_arch" = amd64 ]; then
+    cp /sbin/e2fsck "$ird/sbin/"
+else
+    # The machine's own e2fsck and its libraries, downloaded, not installed.
+    vm_debs "$work/e2fs" e2fsprogs libext2fs2 libcom-err2 libblkid1 libuuid1
+    cp "$work/e2fs/sbin/e2fsck" "$ird/sbin/"
+    mkdir -p "$ird/lib/$vm_multiarch"
+    cp -a "$work"/e2fs/lib/"$vm_multiarch"/*.so.* "$work"/e2fs/usr/lib/"$vm_multiarch"/*.so.* "$ird/lib/$vm_multiarch/" 2> /dev/null || true
+fi
 "${vm_cross}gcc" -O2 -shared -fPIC -o "$ird/lib/shim.so" "$pc/shim.c" -ldl
 vm_modules "$ird/lib/modules" disk $vm_blk_modules
 vm_modules "$ird/lib/modules" ext4 $vm_ext4_modules
