@@ -3,6 +3,8 @@
 # under qemu-arm, less the slow stages' labels (oracle, busy), which need
 # the host's own build and time.  The target's SQLite and GoogleTest come from
 # Debian's armhf packages, unpacked into build-arm/sysroot.
+#   sh host/arm.sh TARGET...   builds only those targets, runs no test (the
+#                              rigs' ARM machines take their programs so)
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 "$top/host/deps.sh"
@@ -29,6 +31,10 @@ if [ ! -f "$sysroot/usr/include/sqlite3.h" ] || [ ! -d "$sysroot/usr/lib/arm-lin
 fi
 cmake -S "$top" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$top/cmake/arm-linux-gnueabihf.cmake" \
     -DWLANSYNC_SYSROOT="$sysroot" -DBUILD_TESTING=ON >/dev/null
+if [ "$#" -gt 0 ]; then
+    cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)" --target "$@"
+    exit 0
+fi
 cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)"
 command -v file > /dev/null && file "$build/wlanSyncTool"
 status=0

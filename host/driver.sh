@@ -24,10 +24,13 @@
 # (host/driver/bench.sh), a WPA2-PSK VAP start and the day of changes: wall
 # time and the processes the tool started (with their own), medians of
 # BENCH_VAP (5) and BENCH_DAY (3) runs of each.
+#
+# VM_ARCH=armhf: the same on an ARM machine (host/vm.sh), with the ARM build
+# of the tool and its helpers (host/arm.sh), Debian's armhf iwpriv and the
+# module built for the armmp kernel.
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 mode=${1:-check}
-build=$top/build
 . "$top/host/vm.sh"
 "$top/host/deps.sh"
 vm_install make gcc libelf-dev
@@ -57,23 +60,23 @@ if [ "$mode" = bench ]; then
     kinds="bench-vap bench-day" cases="" limit=900
 fi
 
-cmake -S "$top" -B "$build" > /dev/null
-cmake --build "$build" -j "$(nproc 2> /dev/null || echo 2)" --target wlanSyncTool wlanFramework wlanMeasure > /dev/null
-vm_kernel headers
+vm_build "$top/build" wlanSyncTool wlanFramework wlanMeasure
+build=$vm_bin
+vm_kernel headers || exit $?
 rm -rf "$build/driver"
 cp -r "$top/sim/driver" "$build/driver"
-make -C "$vm_kbuild" M="$build/driver" modules > "$work/make.log" 2>&1 || { cat "$work/make.log"; exit 1; }
-(cd "$work" && apt-get download wireless-tools libiw30 > /dev/null 2>&1) || { echo "cannot download wireless-tools" >&2; exit 1; }
-for deb in "$work"/*.deb; do dpkg -x "$deb" "$work/wt"; done
+vm_make "$build/driver"
+vm_debs "$work/wt" wireless-tools libiw30
 
 ird=$work/initramfs
-mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib/x86_64-linux-gnu"
-strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
-strip -o "$ird/bin/wlanFramework" "$build/wlanFramework"
-strip -o "$ird/bin/wlanMeasure" "$build/wlanMeasure"
+mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib/$vm_multiarch"
+vm_strip "$build/wlanSyncTool" "$ird/bin/wlanSyncTool"
+vm_strip "$build/wlanFramework" "$ird/bin/wlanFramework"
+vm_strip "$build/wlanMeasure" "$ird/bin/wlanMeasure"
 cp "$work/wt/sbin/iwpriv" "$ird/sbin/"
-cp "$work"/wt/lib/x86_64-linux-gnu/libiw.so.* "$ird/lib/x86_64-linux-gnu/"
-vm_modules "$ird/lib/modules" virtio_ring virtio virtio_pci_legacy_dev virtio_pci_modern_dev virtio_pci virtio_blk dummy
+cp "$work"/wt/lib/"$vm_multiarch"/libiw.so.* "$ird/lib/$vm_multiarch/"
+vm_modules "$ird/lib/modules" disk $vm_blk_modules
+vm_modules "$ird/lib/modules" plain dummy
 cp "$build/driver/rt2860sim.ko" "$ird/lib/modules/"
 # Each kind's sandbox root: the kit's, with the real programs in front of
 # the driver where the kind has them; /ap/KIND.env sets the tool's
@@ -117,12 +120,12 @@ vm_initramfs "$ird" "$work/initramfs.cpio"
 
 vm_disk "$work/out.img"
 start=$(date +%s)
-vm_boot driver "$limit" "$work/initramfs.cpio" "" -drive "file=$work/out.img,format=raw,if=virtio"
+vm_boot driver "$limit" "$work/initramfs.cpio" "" "drive:$work/out.img"
 { wait "$vm_pid" || true; } 2> /dev/null
 vm_pid=""
 rm -f "$work/driver.pid"
 vm_said driver DRV
-echo "machine: Debian's kernel $vm_abi-amd64, $(($(date +%s) - start)) s in all"
+echo "vm: Debian's kernel $vm_abi-$vm_flavour under $vm_qemu, $(($(date +%s) - start)) s in all"
 if ! vm_said driver DRV | grep -q '^DONE'; then
     tr -d '\r' < "$work/driver.log" | tail -n 30
     echo "driver checks: 0 passed, 1 failed (the machine did not finish)"
@@ -166,7 +169,8 @@ if [ "$mode" = bench ]; then
 fi
 
 # The records the driver should hold after a stand-in run: every driver
-# utility call as iwpriv sends it (the value and its NUL, cut at 1024 bytes
+# utility call as iwpriv sends it (the driver's first private command,
+# SIOCIWFIRSTPRIV, flags 0, the value and its NUL, cut at 1024 bytes
 # without it; a call with more than one value never matches), and an open or
 # stop for every ifconfig that changes the interface's state; those holding
 # PATTERN fail with EIO (-5).
@@ -190,7 +194,7 @@ expected() {
                 text = esc(v) "\\000"
                 n = length(v) + 1
                 if (n > 1024) { n = 1024; text = esc(substr(v, 1, 1024)) }
-                print "set", $2, n, r, text
+                print "set", $2, "0x8be0", n, "0x0000", r, text
             } else if (prog == "ifconfig" && $3 == "up" && !up[$2]) {
                 print "open", $2, r
                 up[$2] = !r

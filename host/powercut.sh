@@ -20,6 +20,9 @@
 # series run side by side, one machine each, one file system after the
 # other.  Exit status 0 only when, on every file system, the tool's files
 # are all whole and the unsynced writer's are not.
+#
+# VM_ARCH=armhf: the same on an ARM machine (host/vm.sh) with the ARM build
+# of the tool (host/arm.sh) and, for ext4, Debian's armhf e2fsck.
 set -eu
 N=${1:-20}
 window=${POWERCUT_WINDOW:-6-30}
@@ -27,12 +30,11 @@ lo=${window%-*}
 hi=${window#*-}
 top=$(cd "$(dirname "$0")/.." && pwd)
 pc=$top/host/powercut
-build=$top/build-powercut
 fss=${POWERCUT_FS:-ext4}
+. "$top/host/vm.sh"
 for fs in $fss; do
     case $fs in ext4 | ubifs) ;; *) echo "POWERCUT_FS: ext4, ubifs or both, not $fs" >&2 && exit 2 ;; esac
 done
-. "$top/host/vm.sh"
 
 "$top/host/deps.sh"
 vm_install e2fsprogs gcc make libelf-dev mtd-utils
@@ -51,25 +53,36 @@ cleanup() {
 trap cleanup EXIT
 trap 'exit 130' INT TERM HUP
 
-cmake -S "$top" -B "$build" -DBUILD_TESTING=OFF > /dev/null
-cmake --build "$build" --target wlanSyncTool -j "$(nproc 2>/dev/null || echo 2)" > /dev/null
-
-vm_kernel headers
-echo "machine: Debian's kernel $vm_abi-amd64 under qemu (TCG)"
+[ "$vm_arch" != amd64 ] || cmake -S "$top" -B "$top/build-powercut" -DBUILD_TESTING=OFF > /dev/null
+vm_build "$top/build-powercut" wlanSyncTool
+build=$vm_bin
+vm_kernel headers || exit $?
+echo "vm: Debian's kernel $vm_abi-$vm_flavour under $vm_qemu (TCG)"
 # The flash device's module, built against the same kernel.
 rm -rf "$build/flash"
 cp -r "$top/sim/flash" "$build/flash"
-make -C "$vm_kbuild" M="$build/flash" modules > "$work/make.log" 2>&1 || { cat "$work/make.log"; exit 1; }
+vm_make "$build/flash"
 # The initramfs: busybox, the tool and e2fsck with their libraries, the
 # recording shim of the reference run, the modules for ext4 on virtio-blk
-# and for UBIFS on the flash device, the loop and the init.
+# and for UBIFS on the flash device (each list in the order the guest loads
+# it), the loop and the init.
 ird=$work/initramfs
 mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib"
-strip -o "$ird/bin/wlanSyncTool" "$build/wlanSyncTool"
-cp /sbin/e2fsck "$ird/sbin/"
-gcc -O2 -shared -fPIC -o "$ird/lib/shim.so" "$pc/shim.c" -ldl
-vm_modules "$ird/lib/modules" virtio virtio_ring virtio_pci_legacy_dev virtio_pci_modern_dev \
-    virtio_pci virtio_blk crc16 mbcache jbd2 crc32c_generic ext4 mtd zstd_compress zstd ubi ubifs
+vm_strip "$build/wlanSyncTool" "$ird/bin/wlanSyncTool"
+if [ "$vm_arch" = amd64 ]; then
+    cp /sbin/e2fsck "$ird/sbin/"
+else
+    # The machine's own e2fsck and its libraries, downloaded, not installed.
+    vm_debs "$work/e2fs" e2fsprogs libext2fs2 libcom-err2 libblkid1 libuuid1
+    cp "$work/e2fs/sbin/e2fsck" "$ird/sbin/"
+    mkdir -p "$ird/lib/$vm_multiarch"
+    cp -a "$work"/e2fs/lib/"$vm_multiarch"/*.so.* "$work"/e2fs/usr/lib/"$vm_multiarch"/*.so.* "$ird/lib/$vm_multiarch/" 2> /dev/null || true
+fi
+"${vm_cross}gcc" -O2 -shared -fPIC -o "$ird/lib/shim.so" "$pc/shim.c" -ldl
+vm_modules "$ird/lib/modules" disk $vm_blk_modules
+vm_modules "$ird/lib/modules" ext4 $vm_ext4_modules
+vm_modules "$ird/lib/modules" flash $vm_flash_modules
+vm_modules "$ird/lib/modules" ubifs $vm_ubifs_modules ubi ubifs
 cp "$build/flash/flash.ko" "$ird/lib/modules/"
 cp "$pc/init" "$pc/loop.sh" "$ird/"
 chmod +x "$ird/init"
@@ -111,7 +124,7 @@ boot() {
         vm_boot "$1" "$3" "$work/initramfs.cpio" "$4" -device ivshmem-plain,memdev=flash \
             -object "memory-backend-file,id=flash,mem-path=$2,size=$flash_bytes,share=on"
     else
-        vm_boot "$1" "$3" "$work/initramfs.cpio" "$4" -drive "file=$2,format=raw,if=virtio,cache=unsafe"
+        vm_boot "$1" "$3" "$work/initramfs.cpio" "$4" "drive:$2,cache=unsafe"
     fi
     qemu=$vm_pid
 }
@@ -228,6 +241,8 @@ for fs in $fss; do
     wf=$work/$fs
     mkdir -p "$wf"
     reference
+    # Which machine the figures come from, as it says itself.
+    [ -n "${machine:-}" ] || { machine=$(said "$fs-reference" | grep '^machine: ') && echo "$machine"; }
     series "unsynced writer" writer &
     series_pids=$!
     series tool tool &

@@ -6,7 +6,9 @@
  * bytes, as "iwpriv <if> set Key=Value" sends it), open and stop.
  *
  * /proc/rt2860sim/log    every request, open and stop in order, one a line:
- *                        "set <if> <length> <result> <bytes>" and
+ *                        "set <if> <command> <length> <flags> <result>
+ *                        <bytes>" (command and flags as 0x%04x: every
+ *                        field of the request as it arrived) and
  *                        "open|stop <if> <result>"; writing to it clears it
  * /proc/rt2860sim/state  each interface's current value per key
  * /proc/rt2860sim/fail   a pattern: a request ("<if> set <text>") or an open
@@ -15,6 +17,7 @@
  * Bytes below 0x20 or above 0x7e and the backslash are shown as \ooo, so
  * the lines give back the bytes exactly.
  */
+#include <linux/err.h>
 #include <linux/etherdevice.h>
 #include <linux/module.h>
 #include <linux/netdevice.h>
@@ -33,7 +36,8 @@ struct record {
 	char kind[5];
 	char ifname[IFNAMSIZ];
 	int result;
-	u16 len;
+	unsigned int cmd;
+	u16 len, flags;
 	char data[];
 };
 
@@ -68,7 +72,9 @@ static bool failing(const char *ifname, const char *verb, const char *text, size
 	return hit;
 }
 
-static void note(const char *kind, struct net_device *dev, int result, const char *data, u16 len)
+static void note(const char *kind, struct net_device *dev, int result,
+		 const struct iw_request_info *info, const struct iw_point *req,
+		 const char *data, u16 len)
 {
 	struct record *r;
 
@@ -80,6 +86,8 @@ static void note(const char *kind, struct net_device *dev, int result, const cha
 	strscpy(r->kind, kind, sizeof(r->kind));
 	strscpy(r->ifname, dev->name, sizeof(r->ifname));
 	r->result = result;
+	r->cmd = info ? info->cmd : 0;
+	r->flags = req ? req->flags : 0;
 	r->len = len;
 	memcpy(r->data, data, len);
 	list_add_tail(&r->list, &records);
@@ -124,7 +132,7 @@ static int sim_set(struct net_device *dev, struct iw_request_info *info,
 		result = -EIO;
 	else
 		result = store(netdev_priv(dev), extra, n);
-	note("set", dev, result, extra, len);
+	note("set", dev, result, info, &wrqu->data, extra, len);
 	mutex_unlock(&lock);
 	return result;
 }
@@ -135,7 +143,7 @@ static int sim_open(struct net_device *dev)
 
 	mutex_lock(&lock);
 	result = failing(dev->name, "up", "", 0) ? -EIO : 0;
-	note("open", dev, result, NULL, 0);
+	note("open", dev, result, NULL, NULL, NULL, 0);
 	mutex_unlock(&lock);
 	if (!result)
 		netif_start_queue(dev);
@@ -146,7 +154,7 @@ static int sim_stop(struct net_device *dev)
 {
 	netif_stop_queue(dev);
 	mutex_lock(&lock);
-	note("stop", dev, 0, NULL, 0);
+	note("stop", dev, 0, NULL, NULL, NULL, 0);
 	mutex_unlock(&lock);
 	return 0;
 }
@@ -197,7 +205,8 @@ static int log_show(struct seq_file *m, void *v)
 			seq_printf(m, "%s %s %d\n", r->kind, r->ifname, r->result);
 			continue;
 		}
-		seq_printf(m, "set %s %u %d ", r->ifname, r->len, r->result);
+		seq_printf(m, "set %s 0x%04x %u 0x%04x %d ", r->ifname, r->cmd,
+			   r->len, r->flags, r->result);
 		put_text(m, r->data, r->len);
 		seq_putc(m, '\n');
 	}
@@ -271,17 +280,19 @@ static ssize_t log_write(struct file *file, const char __user *buf, size_t n, lo
 
 static ssize_t fail_write(struct file *file, const char __user *buf, size_t n, loff_t *pos)
 {
-	char text[SET_MAX + 1];
+	char *text;
 
 	if (n > SET_MAX)
 		return -EINVAL;
-	if (copy_from_user(text, buf, n))
-		return -EFAULT;
-	text[n] = 0;
+	/* On the heap: the text on the stack would pass ARM's 1,024-byte frame limit. */
+	text = memdup_user_nul(buf, n);
+	if (IS_ERR(text))
+		return PTR_ERR(text);
 	strim(text); /* echo's line end */
 	mutex_lock(&lock);
 	strscpy(fail, text, sizeof(fail));
 	mutex_unlock(&lock);
+	kfree(text);
 	return n;
 }
 
