@@ -154,11 +154,22 @@ Run Sandbox::change(int opType, const std::string& table, long rowId, const std:
     return tool(changeArgs(opType, table, rowId, prior));
 }
 
-static std::vector<std::string> lines(const std::string& text) {
+std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) lines.push_back(line);
     return lines;
+}
+
+struct stat fileStat(const std::string& path) {
+    struct stat st {};
+    stat(path.c_str(), &st);
+    return st;
+}
+
+void Sandbox::clearRecords() const {
+    writeFile(root_ + "/calls.log", "");
+    writeFile(root_ + "/var/log/wlanSyncTool.log", "");
 }
 
 std::vector<std::string> Sandbox::calls() const {

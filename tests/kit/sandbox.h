@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -13,6 +14,14 @@ std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& text);
 std::string sqlText(const std::string& text);  // text as an SQL string literal
 size_t count(const std::string& text, const std::string& part);  // how often part occurs in text
+std::vector<std::string> lines(const std::string& text);
+struct stat fileStat(const std::string& path);  // identity and mode: a rename gives a new inode
+// An environment variable set for the scope, for the tool's runs.
+struct Env {
+    std::string name;
+    Env(const std::string& n, const std::string& value) : name(n) { setenv(n.c_str(), value.c_str(), 1); }
+    ~Env() { unsetenv(name.c_str()); }
+};
 using Args = std::vector<std::string>;
 // The prior row of a deleted dot11ACL row, as the framework passes it.
 inline Args aclRow(const std::string& vap, const std::string& mac) { return {"vapName", "macAddress", vap, mac}; }
@@ -39,6 +48,10 @@ public:
     Run tool(const std::vector<std::string>& args, const std::string& argv0 = WLANSYNC_TOOL) const;
     // Runs the tool as the framework does: db, opType, table, rowId, prior row.
     Run change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior = {}) const;
+    Run traced(int opType, const std::string& table, long rowId, const Args& prior = {}) const {
+        Env trace("WLANSYNC_TRACE", "1");  // the trace on standard error
+        return change(opType, table, rowId, prior);
+    }
     Args changeArgs(int opType, const std::string& table, long rowId, const Args& prior = {}) const;
 
     // A tool run under way: its process (the emulator's, in cross builds) and output files.
@@ -76,6 +89,7 @@ public:
     std::string cfgLine(const std::string& prefix) const;
     void setCfg(const std::string& text) const;  // edits not yet committed are forgotten
     std::string log() const { return readFile(root_ + "/var/log/wlanSyncTool.log"); }
+    void clearRecords() const;  // the stand-ins' calls and the log start empty again
 
     // Points this process at the sandbox, for calls into the tool's code
     // (which then starts with no edits pending).
