@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <fnmatch.h>
 #include <map>
+#include <numeric>
 #include <random>
 #include <regex>
 #include <sched.h>
@@ -43,9 +44,9 @@ const Doc& doc() {
         Doc d;
         std::vector<Kind>* table = nullptr;
         bool sql = false;
-        auto spans = [](const std::string& cell) {
-            Strings out;
-            for (size_t i = 1; i < split(cell, '`').size(); i += 2) out.push_back(split(cell, '`')[i]);
+        auto spans = [](const std::string& cell) {  // the words between backquotes
+            Strings parts = split(cell, '`'), out;
+            for (size_t i = 1; i < parts.size(); i += 2) out.push_back(parts[i]);
             return out;
         };
         for (const std::string& line : split(kit::readFile(WLANSYNC_DRIFT), '\n')) {
@@ -153,8 +154,7 @@ void copyState(const kit::Sandbox& from, const kit::Sandbox& to) {
 // box in the start state with setup run, the file brought in step.
 void reset(const kit::Sandbox& box, const std::string& setup = "") {
     copyState(startState(), box);
-    kit::writeFile(box.root() + "/calls.log", "");
-    kit::writeFile(box.root() + "/var/log/wlanSyncTool.log", "");
+    box.clearRecords();
     box.sql("BEGIN;" + setup + "COMMIT;");
     box.tool({"--resync", box.db()});
 }
@@ -167,10 +167,8 @@ std::string framework(const kit::Sandbox& box, const std::string& sql, bool drop
 }
 
 size_t runs(const std::string& report) { return kit::count("\n" + report, "\n-- "); }
-
 kit::Run check(const kit::Sandbox& box) { return box.tool({"--check", box.db()}); }
 std::string keyOf(const std::string& line) { return line.substr(0, line.find(": ")); }  // of a --check line
-
 std::string cfg(const kit::Sandbox& box) { return kit::readFile(box.cfgPath()); }
 
 // A change: its statement, and what it is for the drift table: "<op> <table>",
@@ -289,7 +287,7 @@ void sequence(unsigned seed) {
     static const kit::Sandbox a, b;
     std::mt19937 rng(seed);
     std::vector<size_t> order(std::size(kMakers));
-    for (size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::iota(order.begin(), order.end(), 0);
     std::shuffle(order.begin(), order.end(), rng);
     for (int extra = 0; extra < 4; ++extra) order.push_back(rng() % std::size(kMakers));
     size_t dropped = rng() % order.size();
