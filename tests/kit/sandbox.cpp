@@ -16,13 +16,6 @@ extern char** environ;
 
 namespace kit {
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void writeFile(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
-
 std::string sqlText(const std::string& text) {
     std::string quoted = "'";
     for (char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
@@ -154,13 +147,6 @@ Run Sandbox::change(int opType, const std::string& table, long rowId, const std:
     return tool(changeArgs(opType, table, rowId, prior));
 }
 
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-}
-
 struct stat fileStat(const std::string& path) {
     struct stat st {};
     stat(path.c_str(), &st);
@@ -176,12 +162,6 @@ std::vector<std::string> Sandbox::calls() const {
     auto calls = lines(readFile(root_ + "/calls.log"));
     for (auto& call : calls) std::replace(call.begin(), call.end(), '\t', ' ');
     return calls;
-}
-
-size_t count(const std::string& text, const std::string& part) {
-    size_t n = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-    return n;
 }
 
 std::string Sandbox::cfg() const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include "text.h"
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,11 +11,7 @@
 
 namespace kit {
 
-std::string readFile(const std::string& path);
-void writeFile(const std::string& path, const std::string& text);
 std::string sqlText(const std::string& text);  // text as an SQL string literal
-size_t count(const std::string& text, const std::string& part);  // how often part occurs in text
-std::vector<std::string> lines(const std::string& text);
 struct stat fileStat(const std::string& path);  // identity and mode: a rename gives a new inode
 // An environment variable set for the scope, for the tool's runs.
 struct Env {
