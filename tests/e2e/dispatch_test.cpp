@@ -77,8 +77,7 @@ int failingHandler(const char*, int, int64_t, char**, int, int, char**) {
 }
 
 TEST(Dispatch, DatabaseFailureInTheHandlerIsAChangeAppliedInPart) {
-    kit::Sandbox box("INSERT INTO dot11ACL VALUES ('ap1', 'M');");
-    box.enter();
+    kit::Entered box("INSERT INTO dot11ACL VALUES ('ap1', 'M');");
     unreadable = box.root() + "/text.db";
     kit::writeFile(unreadable, "not a database, just text\n");
     const TblHandlerEntry handlers[] = {{"dot11ACL", failingHandler}, {nullptr, nullptr}};

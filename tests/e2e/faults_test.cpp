@@ -142,8 +142,7 @@ TEST(Faults, UnusableConfigurationFileIsNeverHalfWritten) {
 }
 
 TEST(Faults, LongValuesAreWrittenWhole) {
-    kit::Sandbox box;
-    box.enter();
+    kit::Entered box;
     for (size_t n : {255u, 256u, 511u, 512u, 513u, 4096u}) {  // each list edit reads the last one's long line
         std::string ssid(n, 'x');
         EXPECT_EQ(update_cfg_file("vap1", "SSID", -1, ssid.c_str()), 0);

@@ -163,8 +163,7 @@ TEST(FieldRules, LineEndIsNotPartOfTheValue) {
     EXPECT_EQ(files[1], crlf(files[0]));
 
     // A mixed file: a rewritten line keeps its own end, a new one takes the first line's.
-    kit::Sandbox box;
-    box.enter();
+    kit::Entered box;
     box.setCfg("Default\nSSID2=a\r\nAuthMode=OPEN\r\n");
     EXPECT_EQ(update_cfg_file("vap1", "SSID", -1, "b") | update_cfg_file("vap1", "AuthMode", -1, "WPA2") |
               update_cfg_file("vap1", "Channel", 6, nullptr), 0);

@@ -74,10 +74,6 @@ void Sandbox::interfaces(const std::vector<std::pair<std::string, std::string>>&
                       (up ? " up && " : " && ");
 }
 
-void Sandbox::failOn(const std::string& pattern) const {
-    std::ofstream(root_ + "/standin.fail", std::ios::app) << pattern << "\n";
-}
-
 Sandbox::Started Sandbox::start(const Args& args, const Args& via, int errors, const std::string& argv0) const {
     std::vector<std::string> env = {"WLANSYNC_ROOT=" + root_, "PATH=" + root_ + "/bin:" + getenv("PATH")};
     for (char** e = environ; *e; ++e)
@@ -133,18 +129,10 @@ Run Sandbox::finish(Started run) {
             text(run.err)};
 }
 
-Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0) const {
-    return finish(start(args, {}, -1, argv0));
-}
-
 Args Sandbox::changeArgs(int opType, const std::string& table, long rowId, const Args& prior) const {
     Args args = {db(), std::to_string(opType), table, std::to_string(rowId)};
     args.insert(args.end(), prior.begin(), prior.end());
     return args;
-}
-
-Run Sandbox::change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior) const {
-    return tool(changeArgs(opType, table, rowId, prior));
 }
 
 struct stat fileStat(const std::string& path) {

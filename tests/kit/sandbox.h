@@ -42,9 +42,11 @@ public:
 
     // Runs the tool with its arguments after the program path; argv0 is the
     // path it is started under (the real binary runs whatever it says).
-    Run tool(const std::vector<std::string>& args, const std::string& argv0 = WLANSYNC_TOOL) const;
+    Run tool(const Args& args, const std::string& argv0 = WLANSYNC_TOOL) const { return finish(start(args, {}, -1, argv0)); }
     // Runs the tool as the framework does: db, opType, table, rowId, prior row.
-    Run change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior = {}) const;
+    Run change(int opType, const std::string& table, long rowId, const Args& prior = {}) const {
+        return tool(changeArgs(opType, table, rowId, prior));
+    }
     Run traced(int opType, const std::string& table, long rowId, const Args& prior = {}) const {
         Env trace("WLANSYNC_TRACE", "1");  // the trace on standard error
         return change(opType, table, rowId, prior);
@@ -67,7 +69,7 @@ public:
     // Runs SQL statements; returns the first value of the first row they give ("" if none).
     std::string sql(const std::string& statements) const;
     // Stand-in calls whose "program args" text contains pattern fail with 7.
-    void failOn(const std::string& pattern) const;
+    void failOn(const std::string& pattern) const { std::ofstream(root_ + "/standin.fail", std::ios::app) << pattern << "\n"; }
 
     // Stand-in calls so far, one per line, arguments joined by single blanks.
     std::vector<std::string> calls() const;
@@ -101,5 +103,8 @@ private:
     std::string root_;
     std::string tapScript_;
 };
+
+// A sandbox this process is pointed at from the start, for calls into the tool's code.
+struct Entered : Sandbox { explicit Entered(const std::string& seedSql = "") : Sandbox(seedSql) { enter(); } };
 
 }  // namespace kit

@@ -79,9 +79,9 @@ Strings leftAlone(const std::string& dbFile) {
             for (std::string key : kind.keys) {
                 for (int c = 0; c < sqlite3_column_count(st); ++c) {
                     std::string name = sqlite3_column_name(st, c);
-                    for (int minus = 0; minus < (name == "p" ? 2 : 1); ++minus)
-                        key = std::regex_replace(key, std::regex(minus ? "\\{i\\}" : "\\{" + name + "\\}"),
-                                                 std::to_string(sqlite3_column_int(st, c) - minus));
+                    int value = sqlite3_column_int(st, c);  // {p} is a place from 1, {i} the same from 0
+                    key = std::regex_replace(key, std::regex("\\{" + name + "\\}"), std::to_string(value));
+                    if (name == "p") key = std::regex_replace(key, std::regex("\\{i\\}"), std::to_string(value - 1));
                 }
                 out.push_back(key);
             }
@@ -211,9 +211,7 @@ struct Gen {
     Step insert(const std::string& table, const std::string& values) {
         return {"INSERT INTO " + table + " VALUES (" + values + ")", {"insert " + table}};
     }
-    Step remove(const std::string& table) {
-        return {"DELETE FROM " + table + " WHERE rowid=" + row(table), {"delete " + table}};
-    }
+    Step remove(const std::string& table) { return {"DELETE FROM " + table + " WHERE rowid=" + row(table), {"delete " + table}}; }
 };
 
 // One maker per handled table: a valid change drawn from the current state.
