@@ -9,28 +9,17 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <sys/stat.h>
 
 #include "cfgfile/cfgfile.h"
 #include "sandbox.h"
+#include "text.h"
 
 namespace {
 
 std::string cfg;
 
-std::string slurp() {
-    std::ifstream in(cfg, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) out.push_back(line);
-    return out;
-}
+std::string slurp() { return kit::readFile(cfg); }
 
 bool keyHolds(const std::string& line, const std::string& sought) {
     return wlan::cfg::keyPart(line).find(sought) != std::string_view::npos;
@@ -63,7 +52,7 @@ std::string file(FuzzedDataProvider& in) {
 // before -> after kept the property for sought; changed counts the lines the
 // edit may write after the kept ones (-1: one per selected line).
 void check(const std::string& before, const std::string& after, const std::string& sought, int changed) {
-    std::vector<std::string> b = lines(before), a = lines(after);
+    std::vector<std::string> b = kit::lines(before), a = kit::lines(after);
     size_t kept = 0, selected = 0;
     for (const std::string& line : b) {
         if (keyHolds(line, sought)) {
@@ -112,7 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     int slot = in.ConsumeIntegralInRange(0, 5);
     int what = in.ConsumeIntegralInRange(0, 2);
     wlan::cfg::discard();
-    std::ofstream(cfg, std::ios::binary) << file(in);
+    kit::writeFile(cfg, file(in));
 
     std::string before = slurp();
     std::pair<std::string, int> edit;

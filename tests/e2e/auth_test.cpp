@@ -7,9 +7,8 @@ namespace {
 using Lines = std::vector<std::string>;
 
 TEST(EapDaemonRestart, CyclesWirelessPortsAndRewritesEapIfname) {
-    kit::Sandbox box("INSERT INTO vlanPortMgmt VALUES ('eth0','BRIDGE'), ('vap0','BRIDGE'), ('wds1','BRIDGE'),"
+    kit::Entered box("INSERT INTO vlanPortMgmt VALUES ('eth0','BRIDGE'), ('vap0','BRIDGE'), ('wds1','BRIDGE'),"
                      " ('vap2','ACCESS'); INSERT INTO vlan VALUES (1,'dummy'), (3,'dummy'), (10,'dummy'), (7,'eth0');");
-    box.enter();
     box.setCfg("A=1\nEAPifname=br0\nB=2\n");
     EXPECT_EQ(eapDaemonRestart(box.db().c_str()), 0);
     EXPECT_EQ(box.cfg(), "A=1\nB=2\nEAPifname=bdg1;bdg3;bdg10\n");

@@ -6,8 +6,7 @@
 namespace {
 
 TEST(UpdateCfgFile, EachKeyClassRewritesItsLineLast) {
-    kit::Sandbox box;
-    box.enter();
+    kit::Entered box;
     size_t before = box.cfgLines().size();
     // {ifname, key, number, text, the new last line, found on no other line}
     for (auto [ifname, key, number, text, last, gone] :
@@ -37,8 +36,7 @@ TEST(UpdateCfgFile, EachKeyClassRewritesItsLineLast) {
 }
 
 TEST(UpdateCfgFile, RefusesWhatItCannotWriteAndChangesNothing) {
-    kit::Sandbox box;
-    box.enter();
+    kit::Entered box;
     std::string before = box.cfg();
     for (auto [ifname, text] : {std::pair{"vap4", "x"}, {"vap", "x"}, {"wds0", "x"}, {"vap0", "a\nInjected=1"}})
         EXPECT_NE(update_cfg_file(ifname, "SSID", -1, text), 0) << ifname;
@@ -60,8 +58,7 @@ TEST(SetMode, SendsAndWritesEachStep) {
          {std::tuple{"na", Lines{"WirelessMode=8", "Ht_Bw=0"}, Lines{"WirelessMode=8", "HT_BW=0"}},
           {"ng40+", {"WirelessMode=7", "HtBw=1", "HtExtcha=0"}, {"WirelessMode=7", "HT_BW=1", "HT_EXTCHA=0"}},
           {"na40-", {"WirelessMode=8", "HtBw=1", "HtExtcha=1"}, {"WirelessMode=8", "HT_BW=1", "HT_EXTCHA=1"}}}) {
-        kit::Sandbox box;
-        box.enter();
+        kit::Entered box;
         EXPECT_EQ(dot11SetMode("vap0", dot11ModeStrToVal(keyword)), 0);
         EXPECT_EQ(box.calls(), box.sets("vap0", sent)) << keyword;
         auto lines = box.cfgLines();
@@ -72,8 +69,7 @@ TEST(SetMode, SendsAndWritesEachStep) {
 }
 
 TEST(SetMode, RefusesTurboAAndUnknownCodesAndTheLastCommandDecides) {
-    kit::Sandbox box;
-    box.enter();
+    kit::Entered box;
     std::string before = box.cfg();
     EXPECT_EQ(dot11SetMode("vap0", 0x50000), -1);  // turbo A: no record
     EXPECT_EQ(dot11SetMode("vap0", -1), -1);

@@ -25,10 +25,12 @@ TEST(Invocation, NamesArgumentsAndTablesThatCannotBeHandledGiveMinusOne) {
              {tool, {box.db(), "18", "dot11ACL WHERE 1=1; --", "1"}, ""},   // not a table name
              {tool, {box.db(), "4294967314", "dot11ACL", "1"}, ""},  // held to the int range: no insert
              {tool, {box.db(), "18", "dot11ACL", "4294967297"}, ""},  // nor row 1
-             {tool, {empty, "18", "dot11ACL", "1"}, ""}}) {
+             {tool, {empty, "18", "dot11ACL", "1"}, ""},
+             {tool, {"--check"}, "Usage:" + tool + " <DBFile> <opType> <tblName> <rowId>\n"},
+             {tool, {"--version", "x"}, "Usage:" + tool + " <DBFile> <opType> <tblName> <rowId>\n"},
+             {"/x/wlanSyncToo", {"--check", box.db()}, "Illegal invocation of wlanSyncTool (wlanSyncToo)"}}) {
         kit::Run run = box.tool(args, argv0);
-        EXPECT_EQ(run.output, output) << argv0 << " " << args[2];
-        EXPECT_EQ(run.status, 255) << argv0 << " " << args[2];
+        EXPECT_EQ(std::tuple(run.status, run.output), std::tuple(255, output)) << argv0 << testing::PrintToString(args);
     }
     EXPECT_TRUE(box.calls().empty());
     EXPECT_EQ(box.log(), "");  // a row gone, a table missing or without handler: normal, silent
@@ -75,8 +77,7 @@ int failingHandler(const char*, int, int64_t, char**, int, int, char**) {
 }
 
 TEST(Dispatch, DatabaseFailureInTheHandlerIsAChangeAppliedInPart) {
-    kit::Sandbox box("INSERT INTO dot11ACL VALUES ('ap1', 'M');");
-    box.enter();
+    kit::Entered box("INSERT INTO dot11ACL VALUES ('ap1', 'M');");
     unreadable = box.root() + "/text.db";
     kit::writeFile(unreadable, "not a database, just text\n");
     const TblHandlerEntry handlers[] = {{"dot11ACL", failingHandler}, {nullptr, nullptr}};

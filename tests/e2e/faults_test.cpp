@@ -3,7 +3,6 @@
 // Every change lost is said once.
 #include <chrono>
 #include <sqlite3.h>
-#include <sys/stat.h>
 #include <thread>
 
 #include "cfgfile/cfgfile.h"
@@ -17,19 +16,44 @@ std::string mac(int i) {
     return text;
 }
 
+// The database held by another writer; the tool waits for it.
+struct Writer {
+    sqlite3* db = nullptr;
+    explicit Writer(const kit::Sandbox& box) {
+        sqlite3_open(box.db().c_str(), &db);
+        sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    }
+    ~Writer() { sqlite3_close(db); }
+};
+
+// n concurrent changes, each inserting its own ACL row for ap1 (or ap1 and
+// ap2 by turns): all done, every address in the file, one driver call each.
+// All started from this one thread, then waited for: a child forked from
+// one of many threads of an emulated test program (qemu-arm) can deadlock
+// inside the emulator before it ever runs the tool.
+void concurrentWriters(const kit::Sandbox& box, int n, int vaps) {
+    std::string rows;
+    for (int i = 0; i < n; ++i)
+        rows += "INSERT INTO dot11ACL VALUES ('ap" + std::to_string(1 + i % vaps) + "', '" + mac(i) + "');";
+    box.sql(rows);
+    std::vector<kit::Sandbox::Started> runs;
+    for (int i = 0; i < n; ++i) runs.push_back(box.start(box.changeArgs(18, "dot11ACL", i + 2)));
+    for (int i = 0; i < n; ++i) EXPECT_EQ(kit::Sandbox::finish(runs[i]).status, 0) << i;
+    std::string cfg = box.cfg();
+    for (int i = 0; i < n; ++i) EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
+    EXPECT_EQ(box.calls().size(), size_t(n));
+}
+
 TEST(Faults, DatabaseLockedByAnotherWriterIsWaitedFor) {
     kit::Sandbox box(kit::accessPointSeed());  // its ACL row: ap1's 00:0C:43:00:00:A
-    sqlite3* writer = nullptr;
-    sqlite3_open(box.db().c_str(), &writer);
-    sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    Writer writer(box);
     std::thread release([&] {
         std::this_thread::sleep_for(std::chrono::seconds(2));
-        sqlite3_exec(writer, "COMMIT", nullptr, nullptr, nullptr);
+        sqlite3_exec(writer.db, "COMMIT", nullptr, nullptr, nullptr);
     });
     auto start = std::chrono::steady_clock::now();
     kit::Run run = box.change(18, "dot11ACL", 1);
     release.join();
-    sqlite3_close(writer);
     EXPECT_EQ(run.status, 0);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
     EXPECT_EQ(box.cfgLines().back(), "AccessControlList0=00:0C:43:00:00:A");
@@ -39,11 +63,8 @@ TEST(Faults, DatabaseLockedByAnotherWriterIsWaitedFor) {
 // own CTest test, labelled "busy").
 TEST(Faults, BusyDatabasePastTheHandlersLimitIsSaid) {
     kit::Sandbox box(kit::accessPointSeed());
-    sqlite3* writer = nullptr;
-    sqlite3_open(box.db().c_str(), &writer);
-    sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    Writer writer(box);
     kit::Run run = box.change(18, "dot11ACL", 1);
-    sqlite3_close(writer);
     EXPECT_EQ(run.status, 255);
     EXPECT_EQ(box.log(), "[8] sqlite3QueryResGet:212: Cannot read database " + box.db() +
                              " (database is locked): change not applied.\n");
@@ -87,15 +108,7 @@ TEST(Faults, ProgramMissingOrFailing) {
 TEST(Faults, UnusableLockFileLosesNoChange) {
     kit::Sandbox box(kit::accessPointSeed());
     mkdir((box.root() + "/tmp/wlanSyncTool.lock").c_str(), 0755);
-    const int n = 40;
-    std::string rows;
-    for (int i = 0; i < n; ++i) rows += "INSERT INTO dot11ACL VALUES ('ap1', '" + mac(i) + "');";
-    box.sql(rows);
-    std::vector<kit::Sandbox::Started> runs;
-    for (int i = 0; i < n; ++i) runs.push_back(box.start(box.changeArgs(18, "dot11ACL", i + 2)));
-    for (int i = 0; i < n; ++i) EXPECT_EQ(kit::Sandbox::finish(runs[i]).status, 0) << i;
-    std::string cfg = box.cfg();
-    for (int i = 0; i < n; ++i) EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
+    concurrentWriters(box, 40, 1);
     EXPECT_EQ(box.log(), "");
 
     // No lock at all (the folder gone too): the change is refused, and said so.
@@ -105,7 +118,7 @@ TEST(Faults, UnusableLockFileLosesNoChange) {
     EXPECT_EQ(box.change(18, "dot11ACL", 1).status, 255);
     EXPECT_EQ(box.log(), "[8] main:48: Cannot lock " + box.root() +
                              "/tmp/wlanSyncTool.lock nor the driver file's folder: change not applied.\n");
-    EXPECT_EQ(box.calls().size(), size_t(n));
+    EXPECT_EQ(box.calls().size(), 40u);
 }
 
 // A file that cannot be replaced (its temporary name taken by a folder, as
@@ -115,9 +128,7 @@ TEST(Faults, UnusableConfigurationFileIsNeverHalfWritten) {
     kit::Sandbox box(kit::accessPointSeed());
     std::string before = box.cfg();
     mkdir((box.root() + "/etc/Wireless/RT2860AP/rt2860AP1.dat").c_str(), 0755);
-    setenv("WLANSYNC_TRACE", "1", 1);
-    kit::Run run = box.change(23, "dot11VAP", 1);
-    unsetenv("WLANSYNC_TRACE");
+    kit::Run run = box.traced(23, "dot11VAP", 1);
     EXPECT_EQ(run.status, 255);
     EXPECT_EQ(box.cfg(), before);
     EXPECT_EQ(kit::count(box.log(), "update_cfg_file:452: Cannot rewrite"), 1u) << box.log();
@@ -131,8 +142,7 @@ TEST(Faults, UnusableConfigurationFileIsNeverHalfWritten) {
 }
 
 TEST(Faults, LongValuesAreWrittenWhole) {
-    kit::Sandbox box;
-    box.enter();
+    kit::Entered box;
     for (size_t n : {255u, 256u, 511u, 512u, 513u, 4096u}) {  // each list edit reads the last one's long line
         std::string ssid(n, 'x');
         EXPECT_EQ(update_cfg_file("vap1", "SSID", -1, ssid.c_str()), 0);
@@ -142,23 +152,9 @@ TEST(Faults, LongValuesAreWrittenWhole) {
     }
 }
 
-// Long access lists (100 entries each) are met by the many writers below.
-TEST(Faults, ManyConcurrentWritersKeepEveryEdit) {
+TEST(Faults, ManyConcurrentWritersKeepEveryEdit) {  // and long access lists: 100 entries each
     kit::Sandbox box(kit::accessPointSeed());
-    const int n = 200;
-    std::string rows;
-    for (int i = 0; i < n; ++i)
-        rows += "INSERT INTO dot11ACL VALUES ('ap" + std::to_string(1 + i % 2) + "', '" + mac(i) + "');";
-    box.sql(rows);
-    // All started from this one thread, then waited for: a child forked from
-    // one of many threads of an emulated test program (qemu-arm) can deadlock
-    // inside the emulator before it ever runs the tool.
-    std::vector<kit::Sandbox::Started> runs;
-    for (int i = 0; i < n; ++i) runs.push_back(box.start(box.changeArgs(18, "dot11ACL", i + 2)));
-    for (int i = 0; i < n; ++i) EXPECT_EQ(kit::Sandbox::finish(runs[i]).status, 0) << i;
-    std::string cfg = box.cfg();
-    for (int i = 0; i < n; ++i) EXPECT_NE(cfg.find(mac(i)), std::string::npos) << i;
-    EXPECT_EQ(box.calls().size(), size_t(n));
+    concurrentWriters(box, 200, 2);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
 
 #include "cfgfile/cfgfile.h"
 #include "sandbox.h"
@@ -56,25 +55,16 @@ TEST(FieldRules, ValuesHoldingKeyNamesNeverSelectLines) {
     }
 }
 
-// The file's identity and mode: a rename gives it a new inode.
-struct stat fileStat(const std::string& path) {
-    struct stat st {};
-    stat(path.c_str(), &st);
-    return st;
-}
-
 TEST(FieldRules, OneChangeIsOneCommitBeforeEachReaderAndNothingGrows) {
     kit::Sandbox box(kit::accessPointSeed());
     chmod(box.cfgPath().c_str(), 0600);  // it holds pass phrases
-    setenv("WLANSYNC_TRACE", "1", 1);
-    kit::Run start = box.change(23, "dot11VAP", 1);  // a WPA2-PSK VAP start, the radio's first
+    kit::Run start = box.traced(23, "dot11VAP", 1);  // a WPA2-PSK VAP start, the radio's first
     EXPECT_EQ(kit::count(start.errors, "trace: file "), 1u) << start.errors;
     // The same change again writes nothing.
-    struct stat before = fileStat(box.cfgPath());
-    start = box.change(23, "dot11VAP", 1);
-    unsetenv("WLANSYNC_TRACE");
+    struct stat before = kit::fileStat(box.cfgPath());
+    start = box.traced(23, "dot11VAP", 1);
     EXPECT_NE(start.errors.find("RT2860AP.dat unchanged\n"), std::string::npos) << start.errors;
-    EXPECT_EQ(fileStat(box.cfgPath()).st_ino, before.st_ino);
+    EXPECT_EQ(kit::fileStat(box.cfgPath()).st_ino, before.st_ino);
     EXPECT_EQ(before.st_mode & 07777, 0600u);
 
     // Rounds of the same changes leave the same bytes: no empty line added.
@@ -139,7 +129,7 @@ TEST(FieldRules, LinkedDriverFileIsFollowed) {
         EXPECT_EQ(readlink(box.cfgPath().c_str(), link, sizeof link - 1), ssize_t(first.size())) << first;
         if (c.status == 0) {
             EXPECT_TRUE(after.ends_with("\nAccessControlList0=00:0C:43:00:00:A\n")) << c.links[0];
-            EXPECT_EQ(fileStat(target).st_mode & 07777, 0600u);
+            EXPECT_EQ(kit::fileStat(target).st_mode & 07777, 0600u);
             EXPECT_EQ(box.log(), "");
         } else {
             EXPECT_EQ(after, cfg);
@@ -173,8 +163,7 @@ TEST(FieldRules, LineEndIsNotPartOfTheValue) {
     EXPECT_EQ(files[1], crlf(files[0]));
 
     // A mixed file: a rewritten line keeps its own end, a new one takes the first line's.
-    kit::Sandbox box;
-    box.enter();
+    kit::Entered box;
     box.setCfg("Default\nSSID2=a\r\nAuthMode=OPEN\r\n");
     EXPECT_EQ(update_cfg_file("vap1", "SSID", -1, "b") | update_cfg_file("vap1", "AuthMode", -1, "WPA2") |
               update_cfg_file("vap1", "Channel", 6, nullptr), 0);
@@ -192,9 +181,7 @@ std::string hangDriverUtility(const kit::Sandbox& box) {
 TEST(FieldRules, ProgramPastItsDeadlineIsKilledAndLaterOnesRunNormally) {
     kit::Sandbox box(kit::accessPointSeed());
     std::string standin = hangDriverUtility(box);
-    setenv("WLANSYNC_CMD_TIMEOUT", "1", 1);
-    EXPECT_EQ(box.change(23, "dot11VAP", 1).status, 255);
-    unsetenv("WLANSYNC_CMD_TIMEOUT");
+    EXPECT_EQ((kit::Env("WLANSYNC_CMD_TIMEOUT", "1"), box.change(23, "dot11VAP", 1)).status, 255);
     // One record, without the value; the failing step logs its own (no tap devices: no MAC address).
     EXPECT_EQ(box.log(), "[128] startStopVAP:2994: Starting VAP ap1.\n"
                          "[128] startStopVAPInstance:546: Starting VAP instance : vap0.\n"
@@ -246,12 +233,11 @@ TEST(FieldRules, CallersSignalsChangeNothing) {
         int trace[2];
         ASSERT_EQ(pipe2(trace, O_CLOEXEC), 0);
         close(trace[0]);
-        setenv("WLANSYNC_TRACE", closedTrace ? "1" : "0", 1);
+        kit::Env env("WLANSYNC_TRACE", closedTrace ? "1" : "0");
         auto started = steady_clock::now();
         kit::Run run = kit::Sandbox::finish(
             closedTrace ? box.start(box.changeArgs(18, "dot11ACL", 1), {"env", "--default-signal=PIPE"}, trace[1])
                         : box.start(box.changeArgs(18, "dot11ACL", 1), {"env", "--ignore-signal=CHLD"}));
-        unsetenv("WLANSYNC_TRACE");
         close(trace[1]);
         EXPECT_EQ(run.status, 0) << closedTrace;
         EXPECT_LT(steady_clock::now() - started, seconds(10)) << closedTrace;
@@ -290,9 +276,7 @@ TEST(FieldRules, TraceShowsStatementsProgramsAndFileEditsButNoSecret) {
                                          "#RADIUS_Key=old-psk", "RADIUS_Key_old=old-psk", "#WdsKey=old-psk"}));
         box.interfaces({{"vap0", "02:00:00:00:00:0a"}});
         box.sql(c.setup);
-        setenv("WLANSYNC_TRACE", "1", 1);
-        kit::Run traced = box.change(23, c.table, 1, c.prior);
-        unsetenv("WLANSYNC_TRACE");
+        kit::Run traced = box.traced(23, c.table, 1, c.prior);
         for (const std::string& part : c.shown) EXPECT_NE(traced.errors.find(part), std::string::npos) << part;
         for (const std::string& secret : {c.secret, std::string("old-psk")})
             EXPECT_EQ(traced.errors.find(secret), std::string::npos) << traced.errors;

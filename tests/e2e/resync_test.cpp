@@ -1,8 +1,6 @@
 // Checking and repairing the driver file: --check reports the keys out of
 // step with the database, --resync writes the replay's file once and
 // restarts only what differs.
-#include <sys/stat.h>
-
 #include "sandbox.h"
 
 namespace {
@@ -13,9 +11,13 @@ kit::Sandbox inStep() {
     box.interfaces({{"vap0", "00:1a:2b:3c:4d:50"}, {"vap1", "00:1a:2b:3c:4d:51"}, {"vap2", "00:1a:2b:3c:4d:52"}}, true);
     EXPECT_EQ(box.tool({"--check", box.db()}).status, 1);  // a fresh sandbox is not in step
     EXPECT_EQ(box.tool({"--resync", box.db()}).status, 0);
-    kit::writeFile(box.root() + "/calls.log", "");
-    kit::writeFile(box.root() + "/var/log/wlanSyncTool.log", "");
+    box.clearRecords();
     return box;
+}
+
+std::vector<std::string> sorted(std::vector<std::string> lines) {
+    std::sort(lines.begin(), lines.end());
+    return lines;
 }
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
@@ -30,13 +32,12 @@ TEST(Resync, InStepWritesNothingStartsNothingLogsNothing) {
     EXPECT_EQ(boot.tool({"--check", boot.db()}).status, 0);
 
     kit::Sandbox box = inStep();
-    struct stat before, after;
-    stat(box.cfgPath().c_str(), &before);
+    struct stat before = kit::fileStat(box.cfgPath());
     for (const char* option : {"--check", "--resync"}) {
         kit::Run run = box.tool({option, box.db()});
         EXPECT_EQ(std::tuple(run.status, run.output, run.errors), std::tuple(0, "", "")) << option;
     }
-    stat(box.cfgPath().c_str(), &after);
+    struct stat after = kit::fileStat(box.cfgPath());
     EXPECT_EQ(std::tuple(before.st_ino, before.st_mtime), std::tuple(after.st_ino, after.st_mtime));  // not replaced
     EXPECT_TRUE(box.calls().empty());
     EXPECT_EQ(box.log(), "");
@@ -60,8 +61,7 @@ TEST(Resync, HandEditsAreReportedAndRepaired) {
              {radius, radius + "\n" + radius, "RADIUS_Server: file \"" + radius.substr(14) + "\" \"" +
               radius.substr(14) + "\", database \"" + radius.substr(14) + "\"", {}, ""}}) {  // no daemon runs
         kit::Sandbox box = inStep();
-        std::vector<std::string> good = box.cfgLines();
-        std::sort(good.begin(), good.end());
+        std::vector<std::string> good = sorted(box.cfgLines());
         std::string edited = replaced(box.cfg(), e.from, e.to);
         box.setCfg(edited);
         kit::Run check = box.tool({"--check", box.db()});
@@ -71,18 +71,14 @@ TEST(Resync, HandEditsAreReportedAndRepaired) {
 
         kit::Run resync = box.tool({"--resync", box.db()});
         EXPECT_EQ(std::tuple(resync.status, resync.output), std::tuple(0, e.reported + "\n")) << e.to;
-        std::vector<std::string> now = box.cfgLines();
-        std::sort(now.begin(), now.end());
-        EXPECT_EQ(now, good) << e.to;
+        EXPECT_EQ(sorted(box.cfgLines()), good) << e.to;
         std::vector<std::string> touched;
         for (const std::string& call : box.calls()) {
             std::string ifname = call.substr(call.find(' ') + 1, 4);
             if (std::find(touched.begin(), touched.end(), ifname) == touched.end()) touched.push_back(ifname);
         }
         EXPECT_EQ(touched, e.touched) << e.to;
-        if (!e.first.empty()) {
-            EXPECT_NE(box.calls().at(0).find(e.first), std::string::npos) << e.to;
-        }
+        EXPECT_TRUE(e.first.empty() || box.calls().at(0).find(e.first) != std::string::npos) << e.to;
         EXPECT_EQ(box.tool({"--check", box.db()}).status, 0) << e.to;
         EXPECT_EQ(box.log().find("pass phrase"), std::string::npos);
     }
@@ -123,16 +119,12 @@ TEST(Resync, CannotTellSaysWhyAndWritesNothing) {
     }
 }
 
-TEST(Resync, VersionAndTheDevicesOwnInvocations) {
-    kit::Sandbox box;
-    kit::Run version = box.tool({"--version"});
+// One line: the tool, its version and its build (refused invocations: Invocation's table).
+TEST(Resync, VersionIsOneLine) {
+    kit::Run version = kit::Sandbox().tool({"--version"});
     EXPECT_EQ(version.status, 0);
-    EXPECT_EQ(version.output.rfind("wlanSyncTool ", 0), 0u);
-    EXPECT_EQ(kit::count(version.output, "\n"), 1u);
-    EXPECT_NE(version.output.find(" ("), std::string::npos);
-    for (const std::vector<std::string>& args : {std::vector<std::string>{"--check"}, {"--version", "x"}})
-        EXPECT_EQ(box.tool(args).output, "Usage:" WLANSYNC_TOOL " <DBFile> <opType> <tblName> <rowId>\n");
-    EXPECT_EQ(box.tool({"--check", box.db()}, "/x/wlanSyncToo").output, "Illegal invocation of wlanSyncTool (wlanSyncToo)");
+    EXPECT_TRUE(version.output.starts_with("wlanSyncTool ") && version.output.find(" (") < version.output.find('\n') &&
+                kit::count(version.output, "\n") == 1) << version.output;
 }
 
 }  // namespace

@@ -83,13 +83,13 @@ const std::string kRekey = "RekeyMethod=TIME|RekeyInterval=3600|PMKCachePeriod=2
 const std::string kCommon = "IEEE8021X=0|PreAuth=1|NoForwarding=1|";
 const std::string kAcl = "AccessPolicy=2|ACLAddEntry=M1|ACLAddEntry=M2|";
 
-// The driver settings sent, each followed by '|'.
-std::string apply(const kit::Sandbox& box, const char* ifname, int& status) {
+// The driver settings sent, each followed by '|', and the status.
+std::pair<std::string, int> apply(const kit::Sandbox& box, const char* ifname) {
     box.enter();
-    status = dot11SecurityApply(box.db().c_str(), "it's", "Joe's net", ifname);
+    int status = dot11SecurityApply(box.db().c_str(), "it's", "Joe's net", ifname);
     std::string settings;
     for (const auto& call : box.calls()) settings += call.substr(box.set(ifname).size()) + "|";
-    return settings;
+    return {settings, status};
 }
 
 TEST(SecurityApply, ProfileWordsBecomeDriverSettingsInOrder) {
@@ -122,18 +122,15 @@ TEST(SecurityApply, ProfileWordsBecomeDriverSettingsInOrder) {
     for (const Case& c : cases) {
         kit::Sandbox box(kProfileSeed + c.sql + ";");
         if (!c.refused.empty()) box.failOn("set " + c.refused);
-        int status;
-        EXPECT_EQ(apply(box, "vap0", status), c.settings) << c.sql;
-        EXPECT_EQ(status, c.status) << c.sql;
+        EXPECT_EQ(apply(box, "vap0"), std::pair(c.settings, c.status)) << c.sql;
         EXPECT_NE(box.cfg().find(c.cfgLine + "\n"), std::string::npos) << c.cfgLine;
         EXPECT_EQ(box.log(), "");
     }
     // The list loaded is the one of the VAP on the interface; when none runs there, the first VAP's.
     kit::Sandbox box(kProfileSeed);
-    int status;
-    EXPECT_TRUE(apply(box, "vap1", status).ends_with("AccessPolicy=2|ACLAddEntry=N1|"));
+    EXPECT_TRUE(apply(box, "vap1").first.ends_with("AccessPolicy=2|ACLAddEntry=N1|"));
     box.sql("DELETE FROM dot11Interface;");
-    EXPECT_TRUE(apply(box, "vap1", status).ends_with("AccessPolicy=2|" + kAcl.substr(15)));
+    EXPECT_TRUE(apply(box, "vap1").first.ends_with("AccessPolicy=2|" + kAcl.substr(15)));
 }
 
 }  // namespace

@@ -16,13 +16,6 @@ extern char** environ;
 
 namespace kit {
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void writeFile(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
-
 std::string sqlText(const std::string& text) {
     std::string quoted = "'";
     for (char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
@@ -81,10 +74,6 @@ void Sandbox::interfaces(const std::vector<std::pair<std::string, std::string>>&
                       (up ? " up && " : " && ");
 }
 
-void Sandbox::failOn(const std::string& pattern) const {
-    std::ofstream(root_ + "/standin.fail", std::ios::app) << pattern << "\n";
-}
-
 Sandbox::Started Sandbox::start(const Args& args, const Args& via, int errors, const std::string& argv0) const {
     std::vector<std::string> env = {"WLANSYNC_ROOT=" + root_, "PATH=" + root_ + "/bin:" + getenv("PATH")};
     for (char** e = environ; *e; ++e)
@@ -140,37 +129,27 @@ Run Sandbox::finish(Started run) {
             text(run.err)};
 }
 
-Run Sandbox::tool(const std::vector<std::string>& args, const std::string& argv0) const {
-    return finish(start(args, {}, -1, argv0));
-}
-
 Args Sandbox::changeArgs(int opType, const std::string& table, long rowId, const Args& prior) const {
     Args args = {db(), std::to_string(opType), table, std::to_string(rowId)};
     args.insert(args.end(), prior.begin(), prior.end());
     return args;
 }
 
-Run Sandbox::change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior) const {
-    return tool(changeArgs(opType, table, rowId, prior));
+struct stat fileStat(const std::string& path) {
+    struct stat st {};
+    stat(path.c_str(), &st);
+    return st;
 }
 
-static std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
+void Sandbox::clearRecords() const {
+    writeFile(root_ + "/calls.log", "");
+    writeFile(root_ + "/var/log/wlanSyncTool.log", "");
 }
 
 std::vector<std::string> Sandbox::calls() const {
     auto calls = lines(readFile(root_ + "/calls.log"));
     for (auto& call : calls) std::replace(call.begin(), call.end(), '\t', ' ');
     return calls;
-}
-
-size_t count(const std::string& text, const std::string& part) {
-    size_t n = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-    return n;
 }
 
 std::string Sandbox::cfg() const {

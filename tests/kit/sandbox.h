@@ -3,16 +3,22 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include "text.h"
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 namespace kit {
 
-std::string readFile(const std::string& path);
-void writeFile(const std::string& path, const std::string& text);
 std::string sqlText(const std::string& text);  // text as an SQL string literal
-size_t count(const std::string& text, const std::string& part);  // how often part occurs in text
+struct stat fileStat(const std::string& path);  // identity and mode: a rename gives a new inode
+// An environment variable set for the scope, for the tool's runs.
+struct Env {
+    std::string name;
+    Env(const std::string& n, const std::string& value) : name(n) { setenv(n.c_str(), value.c_str(), 1); }
+    ~Env() { unsetenv(name.c_str()); }
+};
 using Args = std::vector<std::string>;
 // The prior row of a deleted dot11ACL row, as the framework passes it.
 inline Args aclRow(const std::string& vap, const std::string& mac) { return {"vapName", "macAddress", vap, mac}; }
@@ -36,9 +42,15 @@ public:
 
     // Runs the tool with its arguments after the program path; argv0 is the
     // path it is started under (the real binary runs whatever it says).
-    Run tool(const std::vector<std::string>& args, const std::string& argv0 = WLANSYNC_TOOL) const;
+    Run tool(const Args& args, const std::string& argv0 = WLANSYNC_TOOL) const { return finish(start(args, {}, -1, argv0)); }
     // Runs the tool as the framework does: db, opType, table, rowId, prior row.
-    Run change(int opType, const std::string& table, long rowId, const std::vector<std::string>& prior = {}) const;
+    Run change(int opType, const std::string& table, long rowId, const Args& prior = {}) const {
+        return tool(changeArgs(opType, table, rowId, prior));
+    }
+    Run traced(int opType, const std::string& table, long rowId, const Args& prior = {}) const {
+        Env trace("WLANSYNC_TRACE", "1");  // the trace on standard error
+        return change(opType, table, rowId, prior);
+    }
     Args changeArgs(int opType, const std::string& table, long rowId, const Args& prior = {}) const;
 
     // A tool run under way: its process (the emulator's, in cross builds) and output files.
@@ -57,7 +69,7 @@ public:
     // Runs SQL statements; returns the first value of the first row they give ("" if none).
     std::string sql(const std::string& statements) const;
     // Stand-in calls whose "program args" text contains pattern fail with 7.
-    void failOn(const std::string& pattern) const;
+    void failOn(const std::string& pattern) const { std::ofstream(root_ + "/standin.fail", std::ios::app) << pattern << "\n"; }
 
     // Stand-in calls so far, one per line, arguments joined by single blanks.
     std::vector<std::string> calls() const;
@@ -76,6 +88,7 @@ public:
     std::string cfgLine(const std::string& prefix) const;
     void setCfg(const std::string& text) const;  // edits not yet committed are forgotten
     std::string log() const { return readFile(root_ + "/var/log/wlanSyncTool.log"); }
+    void clearRecords() const;  // the stand-ins' calls and the log start empty again
 
     // Points this process at the sandbox, for calls into the tool's code
     // (which then starts with no edits pending).
@@ -90,5 +103,8 @@ private:
     std::string root_;
     std::string tapScript_;
 };
+
+// A sandbox this process is pointed at from the start, for calls into the tool's code.
+struct Entered : Sandbox { explicit Entered(const std::string& seedSql = "") : Sandbox(seedSql) { enter(); } };
 
 }  // namespace kit

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <fnmatch.h>
 #include <map>
+#include <numeric>
 #include <random>
 #include <regex>
 #include <sched.h>
@@ -43,9 +44,9 @@ const Doc& doc() {
         Doc d;
         std::vector<Kind>* table = nullptr;
         bool sql = false;
-        auto spans = [](const std::string& cell) {
-            Strings out;
-            for (size_t i = 1; i < split(cell, '`').size(); i += 2) out.push_back(split(cell, '`')[i]);
+        auto spans = [](const std::string& cell) {  // the words between backquotes
+            Strings parts = split(cell, '`'), out;
+            for (size_t i = 1; i < parts.size(); i += 2) out.push_back(parts[i]);
             return out;
         };
         for (const std::string& line : split(kit::readFile(WLANSYNC_DRIFT), '\n')) {
@@ -78,9 +79,9 @@ Strings leftAlone(const std::string& dbFile) {
             for (std::string key : kind.keys) {
                 for (int c = 0; c < sqlite3_column_count(st); ++c) {
                     std::string name = sqlite3_column_name(st, c);
-                    for (int minus = 0; minus < (name == "p" ? 2 : 1); ++minus)
-                        key = std::regex_replace(key, std::regex(minus ? "\\{i\\}" : "\\{" + name + "\\}"),
-                                                 std::to_string(sqlite3_column_int(st, c) - minus));
+                    int value = sqlite3_column_int(st, c);  // {p} is a place from 1, {i} the same from 0
+                    key = std::regex_replace(key, std::regex("\\{" + name + "\\}"), std::to_string(value));
+                    if (name == "p") key = std::regex_replace(key, std::regex("\\{i\\}"), std::to_string(value - 1));
                 }
                 out.push_back(key);
             }
@@ -153,8 +154,7 @@ void copyState(const kit::Sandbox& from, const kit::Sandbox& to) {
 // box in the start state with setup run, the file brought in step.
 void reset(const kit::Sandbox& box, const std::string& setup = "") {
     copyState(startState(), box);
-    kit::writeFile(box.root() + "/calls.log", "");
-    kit::writeFile(box.root() + "/var/log/wlanSyncTool.log", "");
+    box.clearRecords();
     box.sql("BEGIN;" + setup + "COMMIT;");
     box.tool({"--resync", box.db()});
 }
@@ -167,10 +167,8 @@ std::string framework(const kit::Sandbox& box, const std::string& sql, bool drop
 }
 
 size_t runs(const std::string& report) { return kit::count("\n" + report, "\n-- "); }
-
 kit::Run check(const kit::Sandbox& box) { return box.tool({"--check", box.db()}); }
 std::string keyOf(const std::string& line) { return line.substr(0, line.find(": ")); }  // of a --check line
-
 std::string cfg(const kit::Sandbox& box) { return kit::readFile(box.cfgPath()); }
 
 // A change: its statement, and what it is for the drift table: "<op> <table>",
@@ -213,9 +211,7 @@ struct Gen {
     Step insert(const std::string& table, const std::string& values) {
         return {"INSERT INTO " + table + " VALUES (" + values + ")", {"insert " + table}};
     }
-    Step remove(const std::string& table) {
-        return {"DELETE FROM " + table + " WHERE rowid=" + row(table), {"delete " + table}};
-    }
+    Step remove(const std::string& table) { return {"DELETE FROM " + table + " WHERE rowid=" + row(table), {"delete " + table}}; }
 };
 
 // One maker per handled table: a valid change drawn from the current state.
@@ -289,7 +285,7 @@ void sequence(unsigned seed) {
     static const kit::Sandbox a, b;
     std::mt19937 rng(seed);
     std::vector<size_t> order(std::size(kMakers));
-    for (size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::iota(order.begin(), order.end(), 0);
     std::shuffle(order.begin(), order.end(), rng);
     for (int extra = 0; extra < 4; ++extra) order.push_back(rng() % std::size(kMakers));
     size_t dropped = rng() % order.size();

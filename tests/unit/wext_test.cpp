@@ -18,15 +18,8 @@ namespace {
 
 constexpr uint16_t kChar = 0x2000, kFixed = 0x0800;  // IW_PRIV_TYPE_CHAR, IW_PRIV_SIZE_FIXED
 
-struct Case {
-    uint16_t args;
-    uint32_t subcmd;
-    const char* ifname;
-    const char* arg;
-    bool sent;
-    bool inlined;
-    std::string bytes;  // what the driver gets: inline or in the buffer
-};
+// bytes: what the driver gets, inline or in the buffer.
+struct Case { uint16_t args; uint32_t subcmd; const char *ifname, *arg; bool sent, inlined; std::string bytes; };
 
 const Case kCases[] = {
     {kChar | 1024, 0, "vap0", "Channel=6", true, false, std::string("Channel=6", 10)},  // RT2860's set
@@ -67,10 +60,7 @@ void check(const Case& c) {
 }
 
 TEST(DriverRequest, LaidOutAsTheUtilityFor32And64BitCpus) {
-    for (const Case& c : kCases) {
-        check<uint32_t>(c);
-        check<uint64_t>(c);
-    }
+    for (const Case& c : kCases) check<uint32_t>(c), check<uint64_t>(c);
 }
 
 }  // namespace
