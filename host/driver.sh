@@ -17,7 +17,9 @@
 # fallback runs the programs for vap1 alone.  The same for a failing
 # request, a failing open and a value longer than iwpriv sends.  The direct
 # path stops the daemon itself (no killall), as busybox's killall does on
-# the utility path, and one that ignores SIGTERM too.
+# the utility path, and one that ignores SIGTERM too.  A change's run lost
+# and repaired by --resync restarts that VAP instance alone, the same on
+# both paths.
 # Ends with "driver checks: N passed, M failed"; status 0 only when M is 0.
 #
 # sh host/driver.sh bench: instead, both paths side by side in one machine
@@ -48,13 +50,17 @@ trap 'exit 130' INT TERM HUP
 # Each case, one a line "NAME STEPS [PATTERN]", is run with each kind of
 # sandbox root (host/driver/init) as KIND-NAME, and every kind's run is
 # checked against the stand-ins' run of the same case.  In deaf-daemon the
-# daemon ignores SIGTERM (host/driver/daemon).
+# daemon ignores SIGTERM (host/driver/daemon).  In resync a change's run is
+# lost and --resync repairs it (host/driver/steps.sh): the stand-ins'
+# interfaces never open, so its runs are those that reach the driver,
+# checked against each other and against what a repair must do.
 kinds="standin utility direct fallback"
 cases="day all
 set-fails 1 vap1 set AuthMode=
 up-fails 1 vap1 up
 long-value 9
-deaf-daemon 7"
+deaf-daemon 7
+resync 10"
 limit=300
 if [ "$mode" = bench ]; then
     kinds="bench-vap bench-day" cases="" limit=900
@@ -113,6 +119,7 @@ echo "$cases" | while read -r name steps pattern; do
     for kind in $kinds; do
         # The fallback's point is made by the day; its faults are direct's.
         [ "$kind" != fallback ] || [ "$name" = day ] || continue
+        [ "$name" != resync ] || [ "$kind" = utility ] || [ "$kind" = direct ] || continue
         echo "$kind-$name $kind $steps $pattern"
     done
 done > "$ird/runs"
@@ -260,12 +267,39 @@ fallback() {
     same "$2: every invocation's exit status as with the stand-ins" "$a/report" "$b/report"
     same "$2: the tool's log records as with the stand-ins" "$a/tool.log" "$b/tool.log"
 }
+# repaired RUN: the driver's records of the repair (after the lost change
+# of ap1's SSID, on vap0) are one stop and one open of vap0, then that
+# instance's requests, its new SSID among them, and nothing for any other
+# interface; the repair and the run before it succeed.
+repaired() {
+    b=$out/$1 e=$work/$1
+    awk '
+        $2 != "vap0" { other++; next }
+        $1 == "stop" { stops++; if (opens || sets) order = "out of order" }
+        $1 == "open" { opens++; if (!stops || sets) order = "out of order" }
+        $1 == "set" { sets++; if (index($0, "SSID=Found again")) ssid++ }
+        END {
+            printf "vap0: %d stop, %d open, %s, %d with the new SSID; other interfaces: %d records\n",
+                stops, opens, sets ? "then its requests" : "no request", ssid, other + 0
+            if (order != "") print order
+        }' "$b/driver" > "$e.repair"
+    echo "vap0: 1 stop, 1 open, then its requests, 1 with the new SSID; other interfaces: 0 records" > "$e.want"
+    same "$1: the repair stopped and started vap0 alone, with its requests" "$e.want" "$e.repair"
+    cmp -s "$e.want" "$e.repair" || sed 's/^/     driver: /' "$b/driver"
+    tail -n 2 "$b/report" > "$e.report"
+    printf '%s\n' "-- update dot11Profile rowid 1: dropped" "-- resync: exit status 0" > "$e.wantreport"
+    same "$1: the change's run lost, the repair's exit status 0" "$e.wantreport" "$e.report"
+    grep -q '^SSID1: file ".*", database "Found again"$' "$b/resync" && echo SSID1 > "$e.named" || : > "$e.named"
+    echo SSID1 > "$e.wantnamed"
+    same "$1: --resync named the key it repaired" "$e.wantnamed" "$e.named"
+}
 same "stand-ins under WLANSYNC_DRIVER=utility: the driver received nothing" "$work/empty" "$out/standin-day/driver"
 while read -r name steps pattern; do
     for kind in $kinds; do
-        case $kind in
-        standin) ;;
-        fallback) [ "$name" != day ] || fallback "standin-$name" "fallback-$name" ;;
+        case $kind-$name in
+        standin-*) ;;
+        fallback-*) [ "$name" != day ] || fallback "standin-$name" "fallback-$name" ;;
+        *-resync) repaired "$kind-$name" ;;
         *) compare "standin-$name" "$kind-$name" "$pattern" ;;
         esac
     done
