@@ -8,18 +8,23 @@
 # per POWERCUT_FS (a list; "ext4" by default, "ext4 ubifs" for both), on a
 # raw ext4 disk (virtio-blk) mounted with noauto_da_alloc, or on UBIFS on a
 # simulated NAND flash (sim/flash) whose contents are a file on the host.
-# Each cycle the guest runs real tool invocations in a loop
-# (host/powercut/loop.sh) and the host kills qemu with SIGKILL at a random
+# Each cycle the guest makes changes in a loop as the device's framework
+# makes them, a row committed to the database on the same disk or flash and
+# then the tool run for it (host/powercut/loop.sh, sim/framework.cpp), and
+# the host kills qemu with SIGKILL at a random
 # instant 6 to 30 s into the loop (POWERCUT_WINDOW=LO-HI changes it);
 # whatever the guest had not written to its disk or flash is lost as at a
 # power cut.  The next boot checks the file system and the driver file,
 # which must equal one of the states an uninterrupted run of the loop passes
-# through (recorded by a reference boot), and runs one more invocation.  The
+# through (recorded by a reference boot); then --check, --resync (which
+# must succeed) and --check again, which must find the file in step: a cut
+# between a row's commit and the tool's leaves it out of step.  The
 # same cycles with the rig's own writer, which replaces the file by rename
 # without syncing, must show damage: otherwise the rig proves nothing.  Both
 # series run side by side, one machine each, one file system after the
 # other.  Exit status 0 only when, on every file system, the tool's files
-# are all whole and the unsynced writer's are not.
+# are all whole and in step after --resync, and the unsynced writer's are
+# not all whole.
 #
 # VM_ARCH=armhf: the same on an ARM machine (host/vm.sh) with the ARM build
 # of the tool (host/arm.sh) and, for ext4, Debian's armhf e2fsck.
@@ -54,7 +59,7 @@ trap cleanup EXIT
 trap 'exit 130' INT TERM HUP
 
 [ "$vm_arch" != amd64 ] || cmake -S "$top" -B "$top/build-powercut" -DBUILD_TESTING=OFF > /dev/null
-vm_build "$top/build-powercut" wlanSyncTool
+vm_build "$top/build-powercut" wlanSyncTool wlanFramework
 build=$vm_bin
 vm_kernel headers || exit $?
 echo "vm: Debian's kernel $vm_abi-$vm_flavour under $vm_qemu (TCG)"
@@ -69,6 +74,7 @@ vm_make "$build/flash"
 ird=$work/initramfs
 mkdir -p "$ird/bin" "$ird/sbin" "$ird/lib"
 vm_strip "$build/wlanSyncTool" "$ird/bin/wlanSyncTool"
+vm_strip "$build/wlanFramework" "$ird/bin/wlanFramework"
 if [ "$vm_arch" = amd64 ]; then
     cp /sbin/e2fsck "$ird/sbin/"
 else
@@ -88,11 +94,11 @@ cp "$pc/init" "$pc/loop.sh" "$ird/"
 chmod +x "$ird/init"
 vm_initramfs "$ird" "$work/initramfs.cpio"
 
-# The files: the sandbox root with the fixed databases and the initial file.
+# The files: the sandbox root with its database, and the initial database
+# and file that every run starts from.
 disk=$work/disk
 sh "$top/host/kit/sandbox.sh" "$disk/ap" "$top/sim/default.sql" "$pc/seed.sql"
-cp "$disk/ap/tmp/system.db" "$disk/ap/tmp/channel11.db"
-sqlite3 "$disk/ap/tmp/channel11.db" "UPDATE dot11Radio SET configuredChannel=11"
+cp "$disk/ap/tmp/system.db" "$disk/init.db"
 cp "$disk/ap/etc/Wireless/RT2860AP/RT2860AP.dat" "$disk/init.dat"
 
 # The flash: 2 KiB pages, 128 KiB erase blocks (LEBs of 124 KiB once UBI's
@@ -160,6 +166,8 @@ series() {
     cp --sparse=always "$wf/reference.img" "$img"
     damaged=0
     partway=0
+    outofstep=0
+    instep=0
     start=$(date +%s)
     i=0
     checked=""
@@ -215,6 +223,10 @@ series() {
             state=$(grep -nx "${sha:-none}" "$wf/states.sha" | head -n 1 | cut -d : -f 1)
             [ -n "$state" ] || verdict=damaged
             [ "$verdict" = whole ] || damaged=$((damaged + 1))
+            # The database's view: out of step before the repair (or not
+            # to be told, 2), in step after it.
+            case " $line " in *" before=0 "*) ;; *) outofstep=$((outofstep + 1)) ;; esac
+            case " $line " in *" invoke=0 "*" after=0 "*) instep=$((instep + 1)) ;; esac
             # A whole file that no invocation ended with: cut partway
             # through a change.
             rest=""
@@ -233,7 +245,7 @@ series() {
     done
     secs=$(($(date +%s) - start))
     echo "$fs: $1: $N cuts in $secs s, $(awk "BEGIN { printf \"%.1f\", $secs / $N }") s per cut (boot, loop and check)"
-    echo "$damaged $partway" > "$wf/$2.counts"
+    echo "$damaged $partway $outofstep $instep" > "$wf/$2.counts"
 }
 
 # One file system after the other, its two series side by side.
@@ -252,14 +264,20 @@ for fs in $fss; do
     rm -f "$wf"/*.img
 done
 # Per file system, then all together: the last line as the rig always ended.
-ok=1 cuts=0 damaged=0 partway=0
+# The tool's files must be whole and, after --resync, in step with the
+# database every time; the unsynced writer's must not all be whole.
+ok=1 cuts=0 damaged=0 partway=0 outofstep=0 instep=0
 for fs in $fss; do
     read -r wd _ < "$work/$fs/writer.counts"
-    read -r td tp < "$work/$fs/tool.counts"
+    read -r td tp tk ti < "$work/$fs/tool.counts"
     echo "unsynced writer ($fs): power cuts: $N, damaged files: $wd"
     echo "power cuts ($fs): $N, damaged files: $td, partway through a change: $tp"
-    [ "$td" -eq 0 ] && [ "$wd" -gt 0 ] || ok=0
+    echo "out of step before resync ($fs): $tk of $N; in step after resync: $ti of $N"
+    [ "$td" -eq 0 ] && [ "$wd" -gt 0 ] && [ "$ti" -eq "$N" ] || ok=0
     cuts=$((cuts + N)) damaged=$((damaged + td)) partway=$((partway + tp))
+    outofstep=$((outofstep + tk)) instep=$((instep + ti))
 done
+echo "out of step before resync: $outofstep of $cuts"
+echo "in step after resync: $instep of $cuts"
 echo "power cuts: $cuts, damaged files: $damaged, partway through a change: $partway"
 [ "$ok" = 1 ]

@@ -4,8 +4,6 @@
 #include <cstring>
 #include <sqlite3.h>
 
-#include "platform/platform.h"
-
 namespace wlan::replay {
 
 namespace {
@@ -47,7 +45,11 @@ void mute(std::vector<std::string> commands) { muted = std::move(commands); }
 
 void queryFailed(int rc, const char* message) {
     bool noTable = message && std::strncmp(message, "no such table", 13) == 0;
-    if (current == Mode::Record && !*failed && (databaseFailed(rc) || noTable))
+    // Anything but a plain SQL error (a missing column) leaves the replay
+    // unknown: a database that cannot be read, one that a read-only
+    // connection cannot recover after a power cut (a hot journal), a
+    // missing table.
+    if (current == Mode::Record && !*failed && ((rc & 0xff) != SQLITE_ERROR || noTable))
         std::snprintf(failed, sizeof failed, "%s", message && *message ? message : sqlite3_errstr(rc));
 }
 const char* unreadable() { return *failed ? failed : nullptr; }
