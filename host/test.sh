@@ -25,20 +25,20 @@ export CMAKE_BUILD_PARALLEL_LEVEL="${CMAKE_BUILD_PARALLEL_LEVEL:-$jobs}"
 export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$jobs}"
 
 # Name | typical time (two idle cores, the packages there and the trees
-# built; "new" until measured) | how it counts | lines of its log shown when
+# built) | how it counts | lines of its log shown when
 # it passes | what it runs.  The order is the whole suite's.
 table='docs|1 s|1|0|code blocks and figures of README.md and docs/ (host/docs-check.sh)
 plain|1 min|ctest|0|the suite in build/, less the labels oracle and busy
-oracle|new|label|0|the CTest tests labelled oracle, in build/
-busy|new|label|0|the CTest tests labelled busy, in build/
+oracle|1 min|label|0|the CTest tests labelled oracle, in build/
+busy|15 s|label|0|the CTest tests labelled busy, in build/
 asan|3 min|ctest|0|the suite under ASan + UBSan in build-asan/, less oracle and busy
 arm|4 min|ctest|0|the suite built for ARM, run under qemu-arm (host/arm.sh)
 fuzz|1 min|2|0|each fuzz target for 20 s from its regression inputs (host/fuzz.sh)
 scenario|1 min|1|0|the day of changes on the simulated access point (sim/scenario.sh)
-powercut|6 min|2|5|20 power cuts on ext4 and 20 on UBIFS in a virtual machine
-powercut-arm|new|1|3|10 power cuts on UBIFS in an ARM virtual machine
+powercut|9 min|2|9|20 power cuts on ext4 and 20 on UBIFS in a virtual machine
+powercut-arm|4 min|1|6|10 power cuts on UBIFS in an ARM virtual machine
 driver|2 min|checks|0|the tool against the simulated driver in a kernel (host/driver.sh)
-driver-arm|new|checks|0|the same in an ARM virtual machine'
+driver-arm|1.5 min|checks|0|the same in an ARM virtual machine'
 field() { printf '%s\n' "$table" | awk -F '|' -v n="$1" -v i="$2" '$1 == n { print $i }'; }
 
 # The stages.  Each runs in a subshell that stops at its first failing
