@@ -167,6 +167,7 @@ series() {
     damaged=0
     partway=0
     outofstep=0
+    untold=0
     instep=0
     start=$(date +%s)
     i=0
@@ -226,6 +227,7 @@ series() {
             # The database's view: out of step before the repair (or not
             # to be told, 2), in step after it.
             case " $line " in *" before=0 "*) ;; *) outofstep=$((outofstep + 1)) ;; esac
+            case " $line " in *" before=2 "*) untold=$((untold + 1)) ;; esac
             case " $line " in *" invoke=0 "*" after=0 "*) instep=$((instep + 1)) ;; esac
             # A whole file that no invocation ended with: cut partway
             # through a change.
@@ -236,6 +238,7 @@ series() {
             fi
             echo "$fs: $1: cut $i at ${last:-?} s$lastended: $verdict${state:+, state $state of $(wc -l < "$wf/states.sha")}$rest (${line:-no check line})"
             [ "$verdict" = whole ] || said "$name" | grep '^fsck: ' | sed "s/^/$fs: $1: /" || true
+            said "$name" | grep '^check: ' | sed "s/^/$fs: $1: /" || true
             # Checked again: this cut is made anew, its boot not checking.
             [ -z "$checked" ] || continue
         fi
@@ -245,7 +248,7 @@ series() {
     done
     secs=$(($(date +%s) - start))
     echo "$fs: $1: $N cuts in $secs s, $(awk "BEGIN { printf \"%.1f\", $secs / $N }") s per cut (boot, loop and check)"
-    echo "$damaged $partway $outofstep $instep" > "$wf/$2.counts"
+    echo "$damaged $partway $outofstep $instep $untold" > "$wf/$2.counts"
 }
 
 # One file system after the other, its two series side by side.
@@ -269,10 +272,10 @@ done
 ok=1 cuts=0 damaged=0 partway=0 outofstep=0 instep=0
 for fs in $fss; do
     read -r wd _ < "$work/$fs/writer.counts"
-    read -r td tp tk ti < "$work/$fs/tool.counts"
+    read -r td tp tk ti tu < "$work/$fs/tool.counts"
     echo "unsynced writer ($fs): power cuts: $N, damaged files: $wd"
     echo "power cuts ($fs): $N, damaged files: $td, partway through a change: $tp"
-    echo "out of step before resync ($fs): $tk of $N; in step after resync: $ti of $N"
+    echo "out of step before resync ($fs): $tk of $N ($tu of them not to be told by a read-only --check: a database journal to recover); in step after resync: $ti of $N"
     [ "$td" -eq 0 ] && [ "$wd" -gt 0 ] && [ "$ti" -eq "$N" ] || ok=0
     cuts=$((cuts + N)) damaged=$((damaged + td)) partway=$((partway + tp))
     outofstep=$((outofstep + tk)) instep=$((instep + ti))
