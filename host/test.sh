@@ -29,16 +29,16 @@ export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$jobs}"
 # it passes | what it runs.  The order is the whole suite's.
 table='docs|1 s|1|0|code blocks and figures of README.md and docs/ (host/docs-check.sh)
 plain|1 min|ctest|0|the suite in build/, less the labels oracle and busy
-oracle|1 min|label|0|the CTest tests labelled oracle, in build/
-busy|15 s|label|0|the CTest tests labelled busy, in build/
-asan|3 min|ctest|0|the suite under ASan + UBSan in build-asan/, less oracle and busy
-arm|4 min|ctest|0|the suite built for ARM, run under qemu-arm (host/arm.sh)
+oracle|15 s|label|0|the CTest tests labelled oracle, in build/
+busy|10 s|label|0|the CTest tests labelled busy, in build/
+asan|2 min|ctest|0|the suite under ASan + UBSan in build-asan/, less oracle and busy
+arm|1 min|ctest|0|the suite built for ARM, run under qemu-arm (host/arm.sh)
 fuzz|1 min|2|0|each fuzz target for 20 s from its regression inputs (host/fuzz.sh)
 scenario|1 min|1|0|the day of changes on the simulated access point (sim/scenario.sh)
-powercut|9 min|2|9|20 power cuts on ext4 and 20 on UBIFS in a virtual machine
-powercut-arm|4 min|1|6|10 power cuts on UBIFS in an ARM virtual machine
-driver|2 min|checks|0|the tool against the simulated driver in a kernel (host/driver.sh)
-driver-arm|1.5 min|checks|0|the same in an ARM virtual machine'
+powercut|10 min|2|9|20 power cuts on ext4 and 20 on UBIFS in a virtual machine
+powercut-arm|3.5 min|1|6|10 power cuts on UBIFS in an ARM virtual machine
+driver|1 min|checks|0|the tool against the simulated driver in a kernel (host/driver.sh)
+driver-arm|1 min|checks|0|the same in an ARM virtual machine'
 field() { printf '%s\n' "$table" | awk -F '|' -v n="$1" -v i="$2" '$1 == n { print $i }'; }
 
 # The stages.  Each runs in a subshell that stops at its first failing
