@@ -192,10 +192,10 @@ struct Gen {
         std::snprintf(text, sizeof text, "'00:0C:43:00:%02X:%02X'", serial >> 8 & 255, serial & 255);
         return ++serial, text;
     }
-    // A random row updated: one to three of the columns of spec ("column=value|value; ..."),
+    // A random row updated: one to three of the columns of choices ("column=value|value; ..."),
     // each to one of its values.
-    Step update(const std::string& table, const std::string& spec) {
-        Strings columns = split(spec, ';');
+    Step update(const std::string& table, const std::string& choices) {
+        Strings columns = split(choices, ';');
         std::shuffle(columns.begin(), columns.end(), rng);
         columns.resize(1 + pick(std::min<size_t>(3, columns.size())));
         Step step{"UPDATE " + table + " SET ", {"update " + table}};
