@@ -105,7 +105,7 @@ char** sqlite3QueryResGet(sqlite3* handle, const char* dbFile, const char* state
     wlan::trace::statement(statement, rows, rc == SQLITE_OK ? nullptr : error ? error : "");
     if (rc != SQLITE_OK) {
         wlan::noteDatabase(dbFile ? dbFile : sqlite3_db_filename(db, "main"), rc, error);
-        wlan::replay::queryFailed(rc, error);
+        wlan::replay::queryFailed(sqlite3_extended_errcode(db), error);
         sqlite3_free(error);
         sqlite3_free_table(table);
         return nullptr;

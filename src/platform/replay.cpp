@@ -8,6 +8,11 @@ namespace wlan::replay {
 
 namespace {
 
+// A power cut left the database a journal to roll back, which a read-only
+// connection cannot do; the framework's next change or --resync does.
+constexpr char kRecoverFirst[] =
+    "a journal left by a power cut must be rolled back first (--resync does it)";
+
 Mode current = Mode::Off;
 std::vector<std::string> recorded, muted;
 char failed[160];  // SQLite's message, cut
@@ -49,8 +54,10 @@ void queryFailed(int rc, const char* message) {
     // unknown: a database that cannot be read, one that a read-only
     // connection cannot recover after a power cut (a hot journal), a
     // missing table.
-    if (current == Mode::Record && !*failed && ((rc & 0xff) != SQLITE_ERROR || noTable))
-        std::snprintf(failed, sizeof failed, "%s", message && *message ? message : sqlite3_errstr(rc));
+    if (current != Mode::Record || *failed || ((rc & 0xff) == SQLITE_ERROR && !noTable)) return;
+    // The one failure a reader can mend: say how.
+    if (rc == SQLITE_READONLY_ROLLBACK) message = kRecoverFirst;
+    std::snprintf(failed, sizeof failed, "%s", message && *message ? message : sqlite3_errstr(rc));
 }
 const char* unreadable() { return *failed ? failed : nullptr; }
 

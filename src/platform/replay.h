@@ -31,7 +31,7 @@ bool skip(const char* const argv[]);
 std::vector<std::string> take();
 void mute(std::vector<std::string> commands);
 
-// A statement failed with SQLite's result code rc and message: the database
+// A statement failed with SQLite's (extended) result code rc and message: the database
 // could not be read, or a table the replay reads is missing, and the replay
 // cannot tell.  Other SQL errors (a missing column) stay silent, as on the
 // device.
